@@ -1,0 +1,245 @@
+#include "infoverb.h"
+
+#include "clitext.h"
+#include "cmtd99file.h"
+#include "jsonwriter.h"
+
+#include <QFileInfo>
+
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+QByteArray stampText(const RecordTime &t)
+{
+    char buffer[64];
+    std::snprintf(buffer, sizeof buffer, "%04d-%02d-%02dT%02d:%02d:%02d.%06d", t.year, t.month, t.day, t.hour,
+                  t.minute, t.second, t.microsecond);
+    return buffer;
+}
+
+void writeMessages(JsonWriter &json, const char *name, const LoadMessageList &messages)
+{
+    json.key(name);
+    json.beginArray();
+    for (const LoadMessage &message : messages) {
+        json.beginObject();
+        json.key("line");
+        json.value(message.line);
+        json.key("text");
+        json.value(CliText(message.text));
+        json.endObject();
+    }
+    json.endArray();
+}
+
+void writeText(JsonWriter &json, const char *name, const QByteArray &bytes)
+{
+    json.key(name);
+    json.value(CliText(bytes));
+}
+
+void printPlain(const char *path, const CCmtd99File &file, bool loadOk)
+{
+    const CmtdFileDescription &d = file.fileDesc;
+    std::printf("file:      %s\n", path);
+    std::printf("usable:    %s (validation mask %d)\n", loadOk ? "yes" : "no", file.validationMask);
+    std::printf("station:   %s\n", CliText(d.stationName).toUtf8().constData());
+    std::printf("device:    %s\n", CliText(d.recDevId).toUtf8().constData());
+    std::printf("revision:  %s\n", d.revYear.constData());
+    std::printf("channels:  %d (%dA, %dD), line frequency %g Hz\n", d.totalChannels, d.analogCount,
+                d.statusCount, double(d.lineFreq));
+    std::printf("start:     %s\n", stampText(d.startTime).constData());
+    std::printf("trigger:   %s\n", stampText(d.triggerTime).constData());
+    std::printf("samples:   %d in %d segment(s)\n", file.pointCount, int(file.segments.size()));
+    for (const SampleSegment &s : file.segments)
+        std::printf("           %d: %g Hz, samples %d..%d\n", s.index, double(s.rate), s.start, s.end - 1);
+    std::printf("data type: %s, time multiplier %g\n", d.fileType.constData(), double(d.timeMult));
+    for (const auto &c : file.analogChannels) {
+        std::printf("  A%-4d %-24s %-3s %-6s a=%g b=%g\n", c->index, CliText(c->ch_id).toUtf8().constData(),
+                    c->ph.constData(), CliText(c->uu).toUtf8().constData(), double(c->a), double(c->b));
+    }
+    for (const auto &c : file.statusChannels)
+        std::printf("  D%-4d %-24s y=%d\n", c->index, CliText(c->ch_id).toUtf8().constData(), c->normalState);
+    const struct
+    {
+        const char *name;
+        const LoadMessageList &list;
+    } sources[] = {{"cfg", file.cfgMessages},
+                   {"inf", file.infMessages},
+                   {"ext", file.extMessages},
+                   {"dat", file.datMessages}};
+    for (const auto &source : sources) {
+        for (const LoadMessage &m : source.list)
+            std::printf("%s:%d: %s\n", source.name, m.line, CliText(m.text).toUtf8().constData());
+    }
+}
+
+} // namespace
+
+void WriteDescriptionJson(JsonWriter &json, const char *path, const CCmtd99File &file, bool loadOk)
+{
+    const CmtdFileDescription &d = file.fileDesc;
+    json.key("file");
+    json.value(QString::fromLocal8Bit(path));
+    json.key("loadOk");
+    json.value(loadOk);
+    json.key("validationMask");
+    json.value(file.validationMask);
+    writeText(json, "station", d.stationName);
+    writeText(json, "device", d.recDevId);
+    writeText(json, "revYear", d.revYear);
+    json.key("lineFreq");
+    json.valueFloat(d.lineFreq);
+    json.key("totalChannels");
+    json.value(int(d.totalChannels));
+    json.key("analogCount");
+    json.value(int(d.analogCount));
+    json.key("statusCount");
+    json.value(int(d.statusCount));
+    json.key("rateCount");
+    json.value(int(d.rateCount));
+    json.key("rawSegments");
+    json.beginArray();
+    for (const SampleSegment &s : d.rawSegments) {
+        json.beginObject();
+        json.key("index");
+        json.value(int(s.index));
+        json.key("rate");
+        json.valueFloat(s.rate);
+        json.key("end");
+        json.value(s.end);
+        json.endObject();
+    }
+    json.endArray();
+    json.key("segments");
+    json.beginArray();
+    for (const SampleSegment &s : file.segments) {
+        json.beginObject();
+        json.key("index");
+        json.value(int(s.index));
+        json.key("rate");
+        json.valueFloat(s.rate);
+        json.key("start");
+        json.value(s.start);
+        json.key("end");
+        json.value(s.end);
+        json.endObject();
+    }
+    json.endArray();
+    json.key("pointCount");
+    json.value(file.pointCount);
+    json.key("startTime");
+    json.value(stampText(d.startTime).constData());
+    json.key("triggerTime");
+    json.value(stampText(d.triggerTime).constData());
+    writeText(json, "fileType", d.fileType);
+    json.key("timeMult");
+    json.valueFloat(d.timeMult);
+    json.key("analog");
+    json.beginArray();
+    for (const auto &c : file.analogChannels) {
+        json.beginObject();
+        json.key("index");
+        json.value(int(c->index));
+        writeText(json, "id", c->ch_id);
+        writeText(json, "ph", c->ph);
+        writeText(json, "ccbm", c->ccbm);
+        writeText(json, "uu", c->uu);
+        json.key("a");
+        json.valueFloat(c->a);
+        json.key("b");
+        json.valueFloat(c->b);
+        json.key("skew");
+        json.valueFloat(c->skew);
+        json.key("min");
+        json.valueFloat(c->min);
+        json.key("max");
+        json.valueFloat(c->max);
+        json.key("primary");
+        json.valueFloat(c->primary);
+        json.key("secondary");
+        json.valueFloat(c->secondary);
+        const char ps[2] = {c->ps, 0};
+        json.key("ps");
+        json.value(ps);
+        json.key("flags");
+        json.value(static_cast<long long>(c->flags));
+        json.endObject();
+    }
+    json.endArray();
+    json.key("status");
+    json.beginArray();
+    for (const auto &c : file.statusChannels) {
+        json.beginObject();
+        json.key("index");
+        json.value(int(c->index));
+        writeText(json, "id", c->ch_id);
+        writeText(json, "ph", c->ph);
+        writeText(json, "ccbm", c->ccbm);
+        json.key("y");
+        json.value(int(c->normalState));
+        json.key("flags");
+        json.value(static_cast<long long>(c->flags));
+        json.endObject();
+    }
+    json.endArray();
+    json.key("messages");
+    json.beginObject();
+    writeMessages(json, "cfg", file.cfgMessages);
+    writeMessages(json, "inf", file.infMessages);
+    writeMessages(json, "ext", file.extMessages);
+    writeMessages(json, "dat", file.datMessages);
+    json.endObject();
+}
+
+int RunInfo(int argc, char **argv)
+{
+    bool asJson = false;
+    const char *path = nullptr;
+    for (int i = 0; i < argc; ++i) {
+        if (std::strcmp(argv[i], "--json") == 0) {
+            asJson = true;
+        } else if (argv[i][0] == '-' && argv[i][1] == '-') {
+            std::fprintf(stderr, "veldrix-cli info: unknown option %s\n", argv[i]);
+            return 2;
+        } else if (!path) {
+            path = argv[i];
+        } else {
+            std::fprintf(stderr, "veldrix-cli info: more than one recording named\n");
+            return 2;
+        }
+    }
+    if (!path) {
+        std::fprintf(stderr, "usage: veldrix-cli info [--json] PATH\n");
+        return 2;
+    }
+    const QByteArray base = CmtdBasePath(path);
+    const QByteArray cfg = CmtdSiblingPath(base, ".cfg");
+    const QByteArray inf = CmtdSiblingPath(base, ".inf");
+    if (!QFileInfo::exists(QString::fromLocal8Bit(cfg)) && !QFileInfo::exists(QString::fromLocal8Bit(inf))) {
+        std::fprintf(stderr, "veldrix-cli info: no such recording: %s\n", cfg.constData());
+        return 2;
+    }
+
+    CCmtd99File file;
+    const bool loadOk = file.LoadFile(path);
+    if (asJson) {
+        JsonWriter json;
+        json.beginObject();
+        WriteDescriptionJson(json, path, file, loadOk);
+        json.endObject();
+        std::fwrite(json.text().data(), 1, json.text().size(), stdout);
+        std::fputc('\n', stdout);
+    } else {
+        printPlain(path, file, loadOk);
+    }
+    if (!loadOk) {
+        const LoadMessageList &reasons = file.datMessages.isEmpty() ? file.cfgMessages : file.datMessages;
+        std::fprintf(stderr, "veldrix-cli info: recording refused%s%s\n", reasons.isEmpty() ? "" : ": ",
+                     reasons.isEmpty() ? "" : CliText(reasons.first().text).toUtf8().constData());
+        return 1;
+    }
+    return 0;
+}

@@ -1,0 +1,585 @@
+#include "cmtd99file.h"
+
+#include "diskfile.h"
+#include "linereader.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <map>
+#include <new>
+
+namespace {
+
+constexpr int kCfgLineSize = 2048;
+constexpr int kCfgMaxFields = 128;
+constexpr int kDuplicateAnalogOffset = 10000;
+
+bool equalsNoCase(const char *a, const char *b)
+{
+    return qstricmp(a, b) == 0;
+}
+
+void setText(QByteArray &target, uint32_t &flags, uint32_t bit, const char *field)
+{
+    if (field && *field) {
+        target = field;
+        flags |= bit;
+    }
+}
+
+void setFloat(float &target, uint32_t &flags, uint32_t bit, const char *field)
+{
+    if (field && *field) {
+        target = static_cast<float>(std::atof(field));
+        flags |= bit;
+    }
+}
+
+} // namespace
+
+QByteArray CmtdMessage(const char *key, ...)
+{
+    const QByteArray format = QCoreApplication::translate("CCmtd99File", key).toLocal8Bit();
+    char buffer[1024];
+    va_list args;
+    va_start(args, key);
+    std::vsnprintf(buffer, sizeof buffer, format.constData(), args);
+    va_end(args);
+    return QByteArray(buffer);
+}
+
+QByteArray CmtdBasePath(const char *path)
+{
+    QByteArray base(path ? path : "");
+    const qsizetype slash = base.lastIndexOf('/');
+    const qsizetype dot = base.lastIndexOf('.');
+    if (dot > slash && dot >= 0)
+        base.truncate(dot);
+    return base;
+}
+
+QByteArray CmtdSiblingPath(const QByteArray &base, const char *extension)
+{
+    const QByteArray lower = base + QByteArray(extension).toLower();
+    if (QFileInfo::exists(QString::fromLocal8Bit(lower)))
+        return lower;
+    const QByteArray upper = base + QByteArray(extension).toUpper();
+    if (QFileInfo::exists(QString::fromLocal8Bit(upper)))
+        return upper;
+    return lower;
+}
+
+CCmtd99File::~CCmtd99File() = default;
+
+void CCmtd99File::AddCfgMessage(const QByteArray &text)
+{
+    cursor.text = text;
+    cfgMessages.append(LoadMessage{cursor.line, text});
+}
+
+void CCmtd99File::AddDatMessage(const QByteArray &text)
+{
+    datMessages.append(LoadMessage{static_cast<int32_t>(datMessages.size() + 1), text});
+}
+
+void CCmtd99File::ClearAll()
+{
+    validationMask = 0;
+    infSectionsSeen = 0;
+    infVersion = 0;
+    cursor = Cursor();
+    infMessages.clear();
+    cfgMessages.clear();
+    extMessages.clear();
+    reservedMessages.clear();
+    maxDeviceId = 0;
+    firstFreeChannelIndex = 0;
+    firstFreeChannelIndex2 = 0;
+    pointCount = 0;
+    loadedPoints = 0;
+    triggerIndex = -1;
+    segments.clear();
+    fileDesc.Reset();
+    analogChannels.clear();
+    statusChannels.clear();
+}
+
+bool CCmtd99File::LoadFile(const char *path)
+{
+    const QByteArray base = CmtdBasePath(path);
+    ClearAll();
+    infVersion = static_cast<int16_t>(ReadInfVersion(CmtdSiblingPath(base, ".inf").constData()));
+    if (infVersion >= 2) {
+        // A complete extension file of this version repeats every field of the ".cfg" and
+        // can stand in for a missing or broken one.
+        LoadCfg(CmtdSiblingPath(base, ".cfg").constData());
+    } else if (LoadCfg(CmtdSiblingPath(base, ".cfg").constData()) != ReadDone) {
+        return false;
+    }
+    validationMask = Validate();
+    return validationMask == 0;
+}
+
+int CCmtd99File::ReadInfVersion(const char *path)
+{
+    const QByteArray infPath = CmtdSiblingPath(CmtdBasePath(path), ".inf");
+    CDiskFile file;
+    if (!file.Open(infPath.constData(), "r"))
+        return 0;
+    char buffer[1024];
+    int counter = 0;
+    char *key = nullptr;
+    char *value = nullptr;
+    bool inRecordSection = false;
+    for (;;) {
+        const int kind = ReadKeyLine(file, counter, buffer, sizeof buffer, key, value);
+        if (kind == KeyLineEnd)
+            return 0;
+        if (kind == KeyLineSection) {
+            if (inRecordSection)
+                return 0;
+            char *words[3];
+            const int count = SplitTrimmed(key, words, 3, ' ');
+            inRecordSection = count == 2 && equalsNoCase(words[0], "Public") &&
+                              equalsNoCase(words[1], "Record_Information");
+            continue;
+        }
+        if (!inRecordSection)
+            continue;
+        if (!equalsNoCase(key, "Source"))
+            continue;
+        char *fields[8];
+        const int count = SplitTrimmed(value, fields, 8, ',');
+        if (count < 2)
+            return 0;
+        ToUpperAscii(fields[1]);
+        for (const char *tag : {"TRWKINF_V", "KSGLINF_V"}) {
+            const size_t length = std::strlen(tag);
+            if (std::strncmp(fields[1], tag, length) == 0)
+                return std::atoi(fields[1] + length);
+        }
+        return 0;
+    }
+}
+
+bool CCmtd99File::ReadAnalogLine(char *fields[], int count, int &result)
+{
+    if (count < 10) {
+        AddCfgMessage(CmtdMessage("Lossing parameters of analog channel! (<10)"));
+        return true;
+    }
+    int index = std::atoi(fields[0]);
+    if (FindAnalogChannel(index)) {
+        AddCfgMessage(CmtdMessage("The index [idx_cfg=%d] of analog channel overlaped!", index));
+        index += kDuplicateAnalogOffset;
+    }
+    auto channel = std::unique_ptr<CmtdChn_Analog>(new (std::nothrow) CmtdChn_Analog);
+    if (!channel) {
+        AddCfgMessage(CmtdMessage("Memory is not enough (idx_cfg=%d)!", index));
+        result = ReadNoMemory;
+        return false;
+    }
+    channel->Reset(index);
+    uint32_t &flags = channel->flags;
+    setText(channel->ch_id, flags, CmtdChn_Analog::IdGiven, fields[1]);
+    setText(channel->ph, flags, CmtdChn_Analog::PhaseGiven, fields[2]);
+    setText(channel->ccbm, flags, CmtdChn_Analog::CcbmGiven, fields[3]);
+    setText(channel->uu, flags, CmtdChn_Analog::UnitGiven, fields[4]);
+    setFloat(channel->a, flags, CmtdChn_Analog::AGiven, fields[5]);
+    setFloat(channel->b, flags, CmtdChn_Analog::BGiven, fields[6]);
+    setFloat(channel->skew, flags, CmtdChn_Analog::SkewGiven, fields[7]);
+    setFloat(channel->min, flags, CmtdChn_Analog::MinGiven, fields[8]);
+    setFloat(channel->max, flags, CmtdChn_Analog::MaxGiven, fields[9]);
+    if (count >= 13) {
+        setFloat(channel->primary, flags, CmtdChn_Analog::PrimaryGiven, fields[10]);
+        setFloat(channel->secondary, flags, CmtdChn_Analog::SecondaryGiven, fields[11]);
+        const char ps = fields[12][0];
+        if (ps == 'P' || ps == 'S' || ps == 'p' || ps == 's') {
+            channel->ps = ps;
+            flags |= CmtdChn_Analog::PsGiven;
+        }
+    }
+    const int next = index + 1;
+    if (next > firstFreeChannelIndex && next <= INT16_MAX) {
+        firstFreeChannelIndex = static_cast<int16_t>(next);
+        firstFreeChannelIndex2 = static_cast<int16_t>(next);
+    }
+    analogChannels.push_back(std::move(channel));
+    return true;
+}
+
+bool CCmtd99File::ReadStatusLine(char *fields[], int count, int &result)
+{
+    if (count < 3) {
+        // The recorders' own wording, which says "analog" for status lines too.
+        AddCfgMessage(CmtdMessage("Lossing parameters of analog channel! (<3)"));
+        return true;
+    }
+    const int index = std::atoi(fields[0]);
+    if (FindStatusChannel(index)) {
+        AddCfgMessage(CmtdMessage("The index [idx_cfg=%d] of status channel overlaped!", index));
+        return true;
+    }
+    auto channel = std::unique_ptr<CmtdChn_Status>(new (std::nothrow) CmtdChn_Status);
+    if (!channel) {
+        AddCfgMessage(CmtdMessage("Memory is not enough (idx_cfg=%d)!", index));
+        result = ReadNoMemory;
+        return false;
+    }
+    channel->Reset(index);
+    uint32_t &flags = channel->flags;
+    setText(channel->ch_id, flags, CmtdChn_Status::IdGiven, fields[1]);
+    const char *state = fields[2];
+    if (count >= 5) {
+        setText(channel->ph, flags, CmtdChn_Status::PhaseGiven, fields[2]);
+        setText(channel->ccbm, flags, CmtdChn_Status::CcbmGiven, fields[3]);
+        state = fields[4];
+    }
+    if (*state) {
+        channel->normalState = static_cast<uint8_t>(std::atoi(state) & 1);
+        flags |= CmtdChn_Status::NormalStateGiven;
+    }
+    statusChannels.push_back(std::move(channel));
+    return true;
+}
+
+int CCmtd99File::LoadCfg(const char *path)
+{
+    cursor = Cursor();
+    CDiskFile file;
+    if (!file.Open(path, "r"))
+        return ReadRefused;
+
+    std::unique_ptr<char[]> buffer(new (std::nothrow) char[kCfgLineSize]);
+    if (!buffer)
+        return ReadNoMemory;
+    char *fields[kCfgMaxFields];
+    char *line = nullptr;
+    int count = 0;
+    CmtdFileDescription &desc = fileDesc;
+    // Every line is fetched the same way; a missing line ends the read quietly with 3, and
+    // `Validate` reports what is lacking.
+    auto nextLine = [&]() {
+        if (ReadDataLine(file, cursor.line, buffer.get(), kCfgLineSize, line) == 0)
+            return false;
+        return true;
+    };
+    auto split = [&]() { count = SplitTrimmed(line, fields, kCfgMaxFields, ','); };
+
+    // station_name,rec_dev_id,rev_year
+    if (!nextLine())
+        return ReadDone;
+    split();
+    if (count < 2) {
+        AddCfgMessage(CmtdMessage("Lossing Parameters (<2), Needs [station-name, station-id <, revision>]!"));
+        return ReadRefused;
+    }
+    setText(desc.stationName, desc.flags, CmtdFileDescription::StationGiven, fields[0]);
+    setText(desc.recDevId, desc.flags, CmtdFileDescription::DeviceGiven, fields[1]);
+    if (count >= 3) {
+        desc.revYear = fields[2];
+        if (!desc.recDevId.isEmpty())
+            desc.flags |= CmtdFileDescription::RevYearGiven;
+    }
+    const bool form1999 = std::atoi(desc.revYear.constData()) >= 1999;
+
+    // TT,##A,##D in either order of the two counts
+    if (!nextLine())
+        return ReadDone;
+    split();
+    if (count < 3) {
+        AddCfgMessage(CmtdMessage("Lossing Parameters (<3), Needs [T, xxA, xxD]!"));
+        return ReadRefused;
+    }
+    ToUpperAscii(fields[1]);
+    ToUpperAscii(fields[2]);
+    const int total = std::atoi(fields[0]);
+    int analogs = std::atoi(fields[1]);
+    int statuses = std::atoi(fields[2]);
+    if (std::strchr(fields[1], 'D'))
+        std::swap(analogs, statuses);
+    if (total < 1 || analogs < 0 || statuses < 0 || total > INT16_MAX || analogs > INT16_MAX ||
+        statuses > INT16_MAX || analogs + statuses != total) {
+        AddCfgMessage(CmtdMessage("Channel number error! [%d, %dA, %dD]", total, analogs, statuses));
+        return ReadRefused;
+    }
+    desc.totalChannels = static_cast<int16_t>(total);
+    desc.analogCount = static_cast<int16_t>(analogs);
+    desc.statusCount = static_cast<int16_t>(statuses);
+    desc.flags |= CmtdFileDescription::TotalGiven | CmtdFileDescription::AnalogCountGiven |
+                  CmtdFileDescription::StatusCountGiven;
+
+    int result = ReadDone;
+    for (int i = 0; i < analogs; ++i) {
+        if (!nextLine())
+            return ReadDone;
+        split();
+        if (!ReadAnalogLine(fields, count, result))
+            return result;
+    }
+    for (int i = 0; i < statuses; ++i) {
+        if (!nextLine())
+            return ReadDone;
+        split();
+        if (!ReadStatusLine(fields, count, result))
+            return result;
+    }
+
+    // lf
+    if (!nextLine())
+        return ReadDone;
+    desc.lineFreq = static_cast<float>(std::atof(line));
+    if (desc.lineFreq > 0.0f)
+        desc.flags |= CmtdFileDescription::LineFreqGiven;
+    else
+        AddCfgMessage(CmtdMessage("Invalid [Line Freq.]! [%s]", line));
+
+    // nrates, then its segment lines (one line when nrates is 0)
+    if (!nextLine())
+        return ReadDone;
+    const int rates = std::atoi(line);
+    desc.rateCount = static_cast<int16_t>(rates);
+    if (rates >= 0)
+        desc.flags |= CmtdFileDescription::RateCountGiven;
+    else
+        AddCfgMessage(CmtdMessage("Invalid [sampling segments num.]! [%s]", line));
+    const int segmentLines = rates == 0 ? 1 : (rates > 0 ? rates : 0);
+    for (int i = 0; i < segmentLines; ++i) {
+        if (!nextLine())
+            return ReadDone;
+        split();
+        const int ordinal = i + 1;
+        if (count < 2)
+            AddCfgMessage(CmtdMessage("Lossing parameters of [sampling segment %d]! (&lt;2)", ordinal));
+        SampleSegment segment;
+        segment.index = static_cast<int16_t>(ordinal);
+        segment.rate = static_cast<float>(std::atof(fields[0]));
+        segment.end = count >= 2 ? static_cast<int32_t>(std::atol(fields[1])) : 0;
+        if (segment.rate < 0.0f)
+            AddCfgMessage(
+                CmtdMessage("Invalid Sampling-Rate of [sampling segment %d]! [%s]", ordinal, fields[0]));
+        if (segment.end < 5)
+            AddCfgMessage(CmtdMessage("Invalid End-point-number of [sampling segment %d]! [%s]", ordinal,
+                                      count >= 2 ? fields[1] : ""));
+        if (segment.rate > 0.0f)
+            segment.flags |= SampleSegment::RateGiven;
+        if (segment.end > 0)
+            segment.flags |= SampleSegment::EndGiven;
+        desc.rawSegments.push_back(segment);
+    }
+
+    // start and trigger stamps
+    const auto parse = form1999 ? ParseTime1999 : ParseTime1991;
+    if (!nextLine())
+        return ReadDone;
+    if (parse(line, desc.startTime))
+        desc.flags |= CmtdFileDescription::StartTimeGiven;
+    else
+        AddCfgMessage(CmtdMessage("Invalid [start time of Recording]! [%s]", line));
+    if (!nextLine())
+        return ReadDone;
+    if (parse(line, desc.triggerTime))
+        desc.flags |= CmtdFileDescription::TriggerTimeGiven;
+    else
+        AddCfgMessage(CmtdMessage("Invalid [trigger time of Recording]! [%s]", line));
+
+    // ft: kept as written; the data loader finds out an unknown form by itself
+    if (!nextLine())
+        return ReadDone;
+    desc.fileType = line;
+    if (equalsNoCase(line, "BINARY") || equalsNoCase(line, "ASCII"))
+        desc.flags |= CmtdFileDescription::FileTypeGiven;
+
+    if (!form1999)
+        return ReadDone;
+    if (!nextLine())
+        return ReadDone;
+    desc.timeMult = static_cast<float>(std::atof(line));
+    if (desc.timeMult > 0.0f)
+        desc.flags |= CmtdFileDescription::TimeMultGiven;
+    else
+        AddCfgMessage(CmtdMessage("Invalid [time multiplication factor]! [%s]", line));
+    return ReadDone;
+}
+
+void CCmtd99File::BuildEffectiveSegments()
+{
+    segments = fileDesc.rawSegments;
+    if (segments.empty()) {
+        pointCount = 0;
+        return;
+    }
+    // Order by ordinal; a later duplicate replaces an earlier one, and a gap in the ordinals
+    // loses what stands behind it.
+    std::map<int, SampleSegment> byIndex;
+    for (const SampleSegment &segment : segments)
+        byIndex[segment.index] = segment;
+    const int oldCount = static_cast<int>(segments.size());
+    segments.clear();
+    for (int i = 1; i <= oldCount; ++i) {
+        const auto found = byIndex.find(i);
+        if (found != byIndex.end())
+            segments.push_back(found->second);
+    }
+    if (segments.empty()) {
+        pointCount = 0;
+        return;
+    }
+
+    // Ends that do not rise are per-segment sample counts: make them cumulative.
+    bool cumulative = true;
+    for (size_t i = 1; i < segments.size(); ++i) {
+        if (segments[i].end <= segments[i - 1].end) {
+            cumulative = false;
+            break;
+        }
+    }
+    if (!cumulative) {
+        int64_t sum = 0;
+        for (SampleSegment &segment : segments) {
+            sum += segment.end;
+            segment.end = static_cast<int32_t>(std::clamp<int64_t>(sum, INT32_MIN, INT32_MAX));
+        }
+    }
+    int32_t start = 0;
+    for (SampleSegment &segment : segments) {
+        segment.start = start;
+        start = segment.end;
+    }
+    pointCount = segments.back().end;
+}
+
+int CCmtd99File::Validate()
+{
+    int mask = 0;
+    const CmtdFileDescription &desc = fileDesc;
+    const int analogSize = static_cast<int>(analogChannels.size());
+    const int statusSize = static_cast<int>(statusChannels.size());
+    if (desc.totalChannels < 1) {
+        AddDatMessage(CmtdMessage("Invalid total number of channels! [n=%d]", desc.totalChannels));
+        mask |= BadTotal;
+    }
+    if (desc.analogCount < 0 || desc.analogCount != analogSize) {
+        AddDatMessage(
+            CmtdMessage("Invalid analog channel parameter! [n=%d][ar=%d]", desc.analogCount, analogSize));
+        mask |= BadAnalog;
+    }
+    if (desc.statusCount < 0 || desc.statusCount != statusSize) {
+        AddDatMessage(
+            CmtdMessage("Invalid status channel parameter! [n=%d][ar=%d]", desc.statusCount, statusSize));
+        mask |= BadStatus;
+    }
+    const int sum = desc.analogCount + desc.statusCount;
+    if (sum != desc.totalChannels) {
+        AddDatMessage(CmtdMessage("Invalid channel parameter! [n=%d][sum=%d]", desc.totalChannels, sum));
+        mask |= BadSum;
+    }
+    BuildEffectiveSegments();
+    if (pointCount < 5) {
+        AddDatMessage(
+            CmtdMessage("Invalid sampling segment! [npt=%d][nrate=%d]", pointCount, desc.rateCount));
+        mask |= BadSegments;
+    }
+    if (!(desc.timeMult > 0.0f)) {
+        AddDatMessage(CmtdMessage("Invalid time-multiplication! [%.3f]", static_cast<double>(desc.timeMult)));
+        mask |= BadTimeMult;
+    }
+    if (!(fileDesc.lineFreq > 0.0f))
+        fileDesc.lineFreq = 50.0f;
+    for (const auto &channel : analogChannels) {
+        if (!(channel->ratedFreq > 0.0f))
+            channel->ratedFreq = fileDesc.lineFreq;
+    }
+    return mask;
+}
+
+bool CCmtd99File::SaveCfg(const char *path)
+{
+    CDiskFile file;
+    if (!file.Open(path, "w"))
+        return false;
+    const CmtdFileDescription &desc = fileDesc;
+    file.Printf("%s,%s,%s\n", desc.stationName.constData(), desc.recDevId.constData(),
+                desc.revYear.constData());
+    const int analogs = static_cast<int>(analogChannels.size());
+    const int statuses = static_cast<int>(statusChannels.size());
+    file.Printf("%d,%dA,%dD\n", analogs + statuses, analogs, statuses);
+    for (const auto &c : analogChannels) {
+        file.Printf("%d,%s,%s,%s,%s,%.10f,%.10f,%.6f,%.0f,%.0f,%.6f,%.6f,%c\n", c->index,
+                    c->ch_id.constData(), c->ph.constData(), c->ccbm.constData(), c->uu.constData(),
+                    double(c->a), double(c->b), double(c->skew), double(c->min), double(c->max),
+                    double(c->primary), double(c->secondary), c->ps);
+    }
+    for (const auto &c : statusChannels) {
+        file.Printf("%d,%s,%s,%s,%d\n", c->index, c->ch_id.constData(), c->ph.constData(),
+                    c->ccbm.constData(), int(c->normalState));
+    }
+    file.Printf("%.3f\n", double(desc.lineFreq));
+    file.Printf("%d\n", int(desc.rateCount));
+    for (const SampleSegment &segment : segments)
+        file.Printf("%.6f,%d\n", double(segment.rate), segment.end);
+    for (const RecordTime *t : {&desc.startTime, &desc.triggerTime}) {
+        file.Printf("%02d/%02d/%04d,%02d:%02d:%02d.%06d\n", t->day, t->month, t->year, t->hour, t->minute,
+                    t->second, t->microsecond);
+    }
+    file.Printf("%s\n", desc.fileType.constData());
+    file.Printf("%.6f\n", double(desc.timeMult));
+    return true;
+}
+
+CmtdChn_Analog *CCmtd99File::FindAnalogChannel(int index) const
+{
+    for (const auto &channel : analogChannels) {
+        if (channel->index == index)
+            return channel.get();
+    }
+    return nullptr;
+}
+
+CmtdChn_Status *CCmtd99File::FindStatusChannel(int index) const
+{
+    for (const auto &channel : statusChannels) {
+        if (channel->index == index)
+            return channel.get();
+    }
+    return nullptr;
+}
+
+CmtdChn_Analog *CCmtd99File::FindAnalogChannelByName(const char *name) const
+{
+    if (!name)
+        return nullptr;
+    for (const auto &channel : analogChannels) {
+        if (equalsNoCase(channel->ch_id.constData(), name))
+            return channel.get();
+    }
+    // The user's alias of a real channel; virtual channels stand behind the real ones.
+    for (const auto &channel : analogChannels) {
+        if (IsVirtualAnalog(*channel))
+            break;
+        if (!channel->alias.isEmpty() && equalsNoCase(channel->alias.constData(), name))
+            return channel.get();
+    }
+    return nullptr;
+}
+
+CmtdChn_Status *CCmtd99File::FindStatusChannelByName(const char *name) const
+{
+    if (!name)
+        return nullptr;
+    for (const auto &channel : statusChannels) {
+        if (equalsNoCase(channel->ch_id.constData(), name))
+            return channel.get();
+    }
+    for (const auto &channel : statusChannels) {
+        if (!channel->alias.isEmpty() && equalsNoCase(channel->alias.constData(), name))
+            return channel.get();
+    }
+    return nullptr;
+}

@@ -1,0 +1,109 @@
+#pragma once
+
+#include "cmtdchannel.h"
+#include "cmtdtypes.h"
+
+#include <QByteArray>
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+// The whole recording in memory: the description read from the ".cfg", the channel records,
+// the samples once loaded, and the messages that loading produced, one list per source.
+// The readers are tolerant: a bad field gives a message and the read goes on; `Validate`
+// alone decides whether the recording may be opened. A frame owns one object per recording;
+// analysis code only borrows it.
+class CCmtd99File
+{
+public:
+    // Results of the readers.
+    enum ReadResult
+    {
+        ReadSection = 1,
+        ReadKey = 2,
+        ReadDone = 3,
+        ReadNoMemory = 4,
+        ReadRefused = 5
+    };
+
+    // Bits of `validationMask`.
+    enum ValidationBit
+    {
+        BadTotal = 1,
+        BadAnalog = 2,
+        BadStatus = 4,
+        BadSum = 8,
+        BadSegments = 16,
+        BadTimeMult = 32
+    };
+
+    struct Cursor
+    {
+        int32_t line = 0;
+        QByteArray text;
+    };
+
+    CCmtd99File() = default;
+    CCmtd99File(const CCmtd99File &) = delete;
+    CCmtd99File &operator=(const CCmtd99File &) = delete;
+    virtual ~CCmtd99File();
+
+    // Loads everything but the samples; `path` may carry any extension. True when usable.
+    bool LoadFile(const char *path);
+    // Reads a ".cfg" into the description and the channel records.
+    int LoadCfg(const char *path);
+    // The number behind the version tag of an extension file, 0 if none.
+    int ReadInfVersion(const char *path);
+    // Checks the counts, builds the effective segments; 0 means usable.
+    int Validate();
+    bool SaveCfg(const char *path);
+    // Back to the empty state; `datMessages` survive.
+    void ClearAll();
+
+    CmtdChn_Analog *FindAnalogChannel(int index) const;
+    CmtdChn_Status *FindStatusChannel(int index) const;
+    CmtdChn_Analog *FindAnalogChannelByName(const char *name) const;
+    CmtdChn_Status *FindStatusChannelByName(const char *name) const;
+
+    // The channel index at which virtual (derived) channels begin.
+    bool IsVirtualAnalog(const CmtdChn_Base &channel) const { return channel.index >= firstFreeChannelIndex; }
+
+    int32_t validationMask = 0;
+    uint32_t infSectionsSeen = 0;
+    int16_t infVersion = 0;
+    Cursor cursor;
+    LoadMessageList infMessages;
+    LoadMessageList cfgMessages;
+    LoadMessageList extMessages;
+    LoadMessageList reservedMessages;
+    LoadMessageList datMessages;
+    int32_t maxDeviceId = 0;
+    int16_t firstFreeChannelIndex = 0;
+    int16_t firstFreeChannelIndex2 = 0;
+    int32_t pointCount = 0;
+    int32_t loadedPoints = 0;
+    int32_t triggerIndex = -1;
+    std::vector<SampleSegment> segments;
+    CmtdFileDescription fileDesc;
+    std::vector<std::unique_ptr<CmtdChn_Analog>> analogChannels;
+    std::vector<std::unique_ptr<CmtdChn_Status>> statusChannels;
+
+protected:
+    void AddCfgMessage(const QByteArray &text);
+    void AddDatMessage(const QByteArray &text);
+
+private:
+    void BuildEffectiveSegments();
+    bool ReadAnalogLine(char *fields[], int count, int &result);
+    bool ReadStatusLine(char *fields[], int count, int &result);
+};
+
+// Formats a message from its translation key: the key is translated, then filled like printf.
+QByteArray CmtdMessage(const char *key, ...);
+
+// The path without its extension (text behind the last "." of the file name).
+QByteArray CmtdBasePath(const char *path);
+// base + extension; where only the upper-case variant exists (recorders that write ".CFG"),
+// that one. Case matters on the engineer's Linux machine but not on the recorder's.
+QByteArray CmtdSiblingPath(const QByteArray &base, const char *extension);

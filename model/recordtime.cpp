@@ -1,0 +1,97 @@
+#include "cmtdtypes.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+
+namespace {
+
+// Recorders write two-digit years as often as four-digit ones; "37" means 2037, "38" 1938.
+int yearSince1900(int year)
+{
+    if (year >= 38)
+        return year > 1900 ? year - 1900 : year;
+    return year + 100;
+}
+
+bool parseStamp(const char *text, RecordTime &time, bool dayFirst)
+{
+    if (!text)
+        return false;
+    const char *p = text;
+    const int first = std::atoi(p);
+    if (!(p = std::strchr(p, '/')))
+        return false;
+    const int second = std::atoi(++p);
+    if (!(p = std::strchr(p, '/')))
+        return false;
+    const int year = std::atoi(++p);
+    if (!(p = std::strchr(p, ',')))
+        return false;
+    const int hour = std::atoi(++p);
+    if (!(p = std::strchr(p, ':')))
+        return false;
+    const int minute = std::atoi(++p);
+    if (!(p = std::strchr(p, ':')))
+        return false;
+    const int sec = std::atoi(++p);
+    if (!(p = std::strchr(p, '.')))
+        return false;
+    const long fraction = std::atol(++p);
+
+    std::tm fields{};
+    fields.tm_mday = dayFirst ? first : second;
+    fields.tm_mon = (dayFirst ? second : first) - 1;
+    fields.tm_year = yearSince1900(year);
+    fields.tm_hour = hour;
+    fields.tm_min = minute;
+    fields.tm_sec = sec;
+    fields.tm_isdst = 0;
+    const std::time_t seconds = std::mktime(&fields);
+    if (seconds == static_cast<std::time_t>(-1) || fraction < 0 || fraction > 999999)
+        return false;
+    // The record keeps 16-bit fields; a year that does not fit is no recording date.
+    const long fullYear = static_cast<long>(fields.tm_year) + 1900;
+    if (fullYear < 0 || fullYear > 32767)
+        return false;
+    time.year = static_cast<int16_t>(fullYear);
+    time.month = static_cast<int16_t>(fields.tm_mon + 1);
+    time.day = static_cast<int16_t>(fields.tm_mday);
+    time.hour = static_cast<int16_t>(fields.tm_hour);
+    time.minute = static_cast<int16_t>(fields.tm_min);
+    time.second = static_cast<int16_t>(fields.tm_sec);
+    time.microsecond = static_cast<int32_t>(fraction);
+    return true;
+}
+
+} // namespace
+
+int64_t RecordTime::ToMicroseconds() const
+{
+    std::tm fields{};
+    fields.tm_year = year - 1900;
+    fields.tm_mon = month - 1;
+    fields.tm_mday = day;
+    fields.tm_hour = hour;
+    fields.tm_min = minute;
+    fields.tm_sec = second;
+    fields.tm_isdst = 0;
+    const std::time_t seconds = std::mktime(&fields);
+    return static_cast<int64_t>(seconds) * 1000000 + microsecond;
+}
+
+bool ParseTime1999(const char *text, RecordTime &time)
+{
+    if (parseStamp(text, time, true))
+        return true;
+    time.Reset();
+    return false;
+}
+
+bool ParseTime1991(const char *text, RecordTime &time)
+{
+    if (parseStamp(text, time, false))
+        return true;
+    time.Reset();
+    return false;
+}
