@@ -1,7 +1,7 @@
 #include "infoverb.h"
 
-#include "clitext.h"
 #include "cmtd99file.h"
+#include "cmtdtext.h"
 #include "jsonwriter.h"
 
 #include <QFileInfo>
@@ -28,7 +28,7 @@ void writeMessages(JsonWriter &json, const char *name, const LoadMessageList &me
         json.key("line");
         json.value(message.line);
         json.key("text");
-        json.value(CliText(message.text));
+        json.value(CmtdText(message.text));
         json.endObject();
     }
     json.endArray();
@@ -37,7 +37,7 @@ void writeMessages(JsonWriter &json, const char *name, const LoadMessageList &me
 void writeText(JsonWriter &json, const char *name, const QByteArray &bytes)
 {
     json.key(name);
-    json.value(CliText(bytes));
+    json.value(CmtdText(bytes));
 }
 
 void printPlain(const char *path, const CCmtd99File &file, bool loadOk)
@@ -45,8 +45,8 @@ void printPlain(const char *path, const CCmtd99File &file, bool loadOk)
     const CmtdFileDescription &d = file.fileDesc;
     std::printf("file:      %s\n", path);
     std::printf("usable:    %s (validation mask %d)\n", loadOk ? "yes" : "no", file.validationMask);
-    std::printf("station:   %s\n", CliText(d.stationName).toUtf8().constData());
-    std::printf("device:    %s\n", CliText(d.recDevId).toUtf8().constData());
+    std::printf("station:   %s\n", CmtdText(d.stationName).toUtf8().constData());
+    std::printf("device:    %s\n", CmtdText(d.recDevId).toUtf8().constData());
     std::printf("revision:  %s\n", d.revYear.constData());
     std::printf("channels:  %d (%dA, %dD), line frequency %g Hz\n", d.totalChannels, d.analogCount,
                 d.statusCount, double(d.lineFreq));
@@ -57,11 +57,12 @@ void printPlain(const char *path, const CCmtd99File &file, bool loadOk)
         std::printf("           %d: %g Hz, samples %d..%d\n", s.index, double(s.rate), s.start, s.end - 1);
     std::printf("data type: %s, time multiplier %g\n", d.fileType.constData(), double(d.timeMult));
     for (const auto &c : file.analogChannels) {
-        std::printf("  A%-4d %-24s %-3s %-6s a=%g b=%g\n", c->index, CliText(c->ch_id).toUtf8().constData(),
-                    c->ph.constData(), CliText(c->uu).toUtf8().constData(), double(c->a), double(c->b));
+        std::printf("  A%-4d %-24s %-3s %-6s a=%g b=%g\n", c->index, CmtdText(c->ch_id).toUtf8().constData(),
+                    c->ph.constData(), CmtdText(c->uu).toUtf8().constData(), double(c->a), double(c->b));
     }
     for (const auto &c : file.statusChannels)
-        std::printf("  D%-4d %-24s y=%d\n", c->index, CliText(c->ch_id).toUtf8().constData(), c->normalState);
+        std::printf("  D%-4d %-24s y=%d\n", c->index, CmtdText(c->ch_id).toUtf8().constData(),
+                    c->normalState);
     const struct
     {
         const char *name;
@@ -72,7 +73,7 @@ void printPlain(const char *path, const CCmtd99File &file, bool loadOk)
                    {"dat", file.datMessages}};
     for (const auto &source : sources) {
         for (const LoadMessage &m : source.list)
-            std::printf("%s:%d: %s\n", source.name, m.line, CliText(m.text).toUtf8().constData());
+            std::printf("%s:%d: %s\n", source.name, m.line, CmtdText(m.text).toUtf8().constData());
     }
 }
 
@@ -238,7 +239,7 @@ int RunInfo(int argc, char **argv)
     if (!loadOk) {
         const LoadMessageList &reasons = file.datMessages.isEmpty() ? file.cfgMessages : file.datMessages;
         std::fprintf(stderr, "veldrix-cli info: recording refused%s%s\n", reasons.isEmpty() ? "" : ": ",
-                     reasons.isEmpty() ? "" : CliText(reasons.first().text).toUtf8().constData());
+                     reasons.isEmpty() ? "" : CmtdText(reasons.first().text).toUtf8().constData());
         return 1;
     }
     return 0;

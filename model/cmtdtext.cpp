@@ -1,9 +1,9 @@
-#include "clitext.h"
+#include "cmtdtext.h"
 
 #include <QStringDecoder>
 #include <QTextCodec>
 
-QString CliText(const QByteArray &bytes)
+QString CmtdText(const QByteArray &bytes)
 {
     QStringDecoder utf8(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
     QString text = utf8.decode(bytes);

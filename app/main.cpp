@@ -1,0 +1,70 @@
+// The process entry: codecs, the options file beside the program, the application object,
+// style, font and language, the main frame, and the recordings named on the command line.
+
+#include "globaloptions.h"
+#include "mainframe.h"
+
+#include <QApplication>
+#include <QFileInfo>
+#include <QFont>
+#include <QScreen>
+#include <QStyle>
+#include <QTextCodec>
+
+#include <cstring>
+
+namespace {
+
+// argv[0] as typed may be a bare name found through PATH; the options file lies beside the
+// executable itself.
+QByteArray executablePath(const char *argv0)
+{
+    const QFileInfo self(QStringLiteral("/proc/self/exe"));
+    if (self.exists() && !self.symLinkTarget().isEmpty())
+        return self.symLinkTarget().toLocal8Bit();
+    return QByteArray(argv0);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    Q_INIT_RESOURCE(images);
+
+    QTextCodec::setCodecForLocale(QTextCodec::codecForLocale());
+    setProgramPath(executablePath(argv[0]).constData());
+    globalOptions.load();
+    if (QTextCodec *codec = QTextCodec::codecForName(globalOptions.codec))
+        QTextCodec::setCodecForLocale(codec);
+
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("VELDRIX"));
+    QApplication::addLibraryPath(QString::fromLocal8Bit(programDirectory()));
+    QApplication::setWheelScrollLines(globalOptions.wheelScrollLines);
+    if (!globalOptions.style.isEmpty())
+        QApplication::setStyle(QString::fromLocal8Bit(globalOptions.style));
+    if (!globalOptions.font.isEmpty()) {
+        QFont font = QApplication::font();
+        font.setFamily(QString::fromLocal8Bit(globalOptions.font));
+        QApplication::setFont(font);
+    }
+    globalOptions.selectLanguage();
+
+    CMainFrame frame;
+    frame.initialize();
+    // Maximised where a window manager honours it; sized to the screen where none runs.
+    if (const QScreen *screen = QGuiApplication::primaryScreen())
+        frame.setGeometry(screen->availableGeometry());
+    frame.showMaximized();
+
+    for (int i = 1; i < argc; ++i) {
+        // A parent window handle from a launching program, not a file.
+        if (std::strstr(argv[i], "parent="))
+            continue;
+        frame.openFile(QString::fromLocal8Bit(argv[i]));
+    }
+
+    const int code = QApplication::exec();
+    globalOptions.save();
+    return code;
+}

@@ -1,0 +1,78 @@
+#include "mdimainframe.h"
+
+#include <QCloseEvent>
+#include <QGuiApplication>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QScreen>
+
+CMdiChildFrame::CMdiChildFrame(CMdiMainFrame *mainFrame) : mainFrame(mainFrame)
+{
+    setAttribute(Qt::WA_DeleteOnClose);
+    if (const QScreen *screen = QGuiApplication::primaryScreen()) {
+        const QSize desktop = screen->availableSize();
+        setMinimumSize(desktop.width() / 4, desktop.height() / 4);
+    }
+}
+
+void CMdiChildFrame::closeEvent(QCloseEvent *event)
+{
+    event->accept();
+    if (mainFrame)
+        mainFrame->childClosed(this);
+}
+
+CMdiMainFrame::CMdiMainFrame(QWidget *parent) : QMainWindow(parent) {}
+
+void CMdiMainFrame::initialize()
+{
+    mdiArea = new QMdiArea(this);
+    mdiArea->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    mdiArea->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    setCentralWidget(mdiArea);
+    connect(mdiArea, &QMdiArea::subWindowActivated, this, &CMdiMainFrame::slot_childActived);
+    createActions();
+    createFileMenu();
+}
+
+void CMdiMainFrame::childClosed(CMdiChildFrame *child)
+{
+    if (activeChild == child)
+        activeChild = nullptr;
+    updateMenus();
+}
+
+QList<CMdiChildFrame *> CMdiMainFrame::children() const
+{
+    QList<CMdiChildFrame *> list;
+    if (!mdiArea)
+        return list;
+    const QList<QMdiSubWindow *> windows = mdiArea->subWindowList();
+    for (QMdiSubWindow *window : windows) {
+        if (auto *child = qobject_cast<CMdiChildFrame *>(window->widget()))
+            list.append(child);
+    }
+    return list;
+}
+
+void CMdiMainFrame::addChild(CMdiChildFrame *child)
+{
+    QMdiSubWindow *window = mdiArea->addSubWindow(child);
+    window->setWindowIcon(child->windowIcon());
+}
+
+CMdiChildFrame *CMdiMainFrame::findChild(const QString &canonicalPath) const
+{
+    const QList<CMdiChildFrame *> list = children();
+    for (CMdiChildFrame *child : list) {
+        if (child->fileName() == canonicalPath)
+            return child;
+    }
+    return nullptr;
+}
+
+void CMdiMainFrame::slot_childActived(QMdiSubWindow *window)
+{
+    activeChild = window ? qobject_cast<CMdiChildFrame *>(window->widget()) : nullptr;
+    updateMenus();
+}

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QMainWindow>
+#include <QString>
+
+class QMdiArea;
+class QMdiSubWindow;
+class CMdiMainFrame;
+
+// Base of every document inside the main frame: a small main window of its own, so that it
+// can carry tool bars. It deletes itself when closed and tells the main frame.
+class CMdiChildFrame : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    explicit CMdiChildFrame(CMdiMainFrame *mainFrame);
+
+    // Opens the document; false when it cannot be shown (the frame is then closed).
+    virtual bool openFile(const QString &path) = 0;
+    // The canonical path of the document, used to find an already open one.
+    const QString &fileName() const { return m_fileName; }
+    bool isModified() const { return m_modified; }
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+
+    CMdiMainFrame *mainFrame;
+    QString m_fileName;
+    bool m_modified = false;
+};
+
+// The top window: an MDI area holding the document frames. Every file name enters the program
+// through `openFile`, whether it comes from the command line, a dialog or a drop.
+class CMdiMainFrame : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    explicit CMdiMainFrame(QWidget *parent = nullptr);
+
+    // Builds the interface: the MDI area as central widget, then actions and menus.
+    virtual void initialize();
+    virtual void openFile(const QString &path) = 0;
+    virtual void childClosed(CMdiChildFrame *child);
+    QList<CMdiChildFrame *> children() const;
+
+protected:
+    virtual void createActions() = 0;
+    virtual void createFileMenu() = 0;
+    virtual void updateMenus() {}
+    virtual CMdiChildFrame *createChild(const QString &path) = 0;
+    void addChild(CMdiChildFrame *child);
+    CMdiChildFrame *findChild(const QString &canonicalPath) const;
+
+    QMdiArea *mdiArea = nullptr;
+    CMdiChildFrame *activeChild = nullptr;
+
+private:
+    void slot_childActived(QMdiSubWindow *window);
+};

@@ -1,0 +1,162 @@
+#include "cmtdchildcontainercfg.h"
+
+#include "cmtd99file.h"
+#include "cmtdtext.h"
+
+#include <QEvent>
+#include <QHeaderView>
+#include <QStackedWidget>
+#include <QTabBar>
+#include <QTableWidget>
+#include <QToolBar>
+
+namespace {
+
+QTableWidget *makeTable(QWidget *parent)
+{
+    auto *table = new QTableWidget(parent);
+    table->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    table->setSelectionBehavior(QAbstractItemView::SelectRows);
+    table->setAlternatingRowColors(true);
+    table->verticalHeader()->setVisible(false);
+    table->verticalHeader()->setDefaultSectionSize(table->fontMetrics().height() + 6);
+    table->horizontalHeader()->setStretchLastSection(true);
+    return table;
+}
+
+void setCell(QTableWidget *table, int row, int column, const QString &text, bool number = false)
+{
+    auto *item = new QTableWidgetItem(text);
+    if (number)
+        item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    table->setItem(row, column, item);
+}
+
+QString numberText(float value)
+{
+    return QString::number(double(value), 'g', 9);
+}
+
+void addMessages(QTableWidget *table, const QString &source, const LoadMessageList &messages)
+{
+    for (const LoadMessage &message : messages) {
+        const int row = table->rowCount();
+        table->insertRow(row);
+        setCell(table, row, 0, source);
+        setCell(table, row, 1, QString::number(message.line), true);
+        setCell(table, row, 2, CmtdText(message.text));
+    }
+}
+
+} // namespace
+
+CCmtdChildContainerCfg::CCmtdChildContainerCfg(QWidget *parent) : QMainWindow(parent)
+{
+    // A page inside the frame, not a window of its own: it is a main window only to hold
+    // tool bars.
+    setWindowFlags(Qt::Widget);
+    m_toolBar = new QToolBar(this);
+    m_toolBar->setObjectName(QStringLiteral("CfgViewTabs"));
+    m_toolBar->setMovable(false);
+    m_toolBar->setIconSize(QSize(16, 16));
+    m_tabs = new QTabBar(m_toolBar);
+    m_tabs->setDrawBase(false);
+    m_tabs->setExpanding(false);
+    const char *icons[] = {":/images/ParamSetAC.png", ":/images/ParamSetSC.png", ":/images/ParamSetUnt.png",
+                           ":/images/ParamSetInf.png"};
+    for (const char *icon : icons)
+        m_tabs->addTab(QIcon(QString::fromLatin1(icon)), QString());
+    m_toolBar->addWidget(m_tabs);
+    addToolBar(Qt::TopToolBarArea, m_toolBar);
+
+    m_stack = new QStackedWidget(this);
+    m_analog = makeTable(m_stack);
+    m_status = makeTable(m_stack);
+    m_devices = makeTable(m_stack);
+    m_messages = makeTable(m_stack);
+    for (QTableWidget *table : {m_analog, m_status, m_devices, m_messages})
+        m_stack->addWidget(table);
+    setCentralWidget(m_stack);
+    connect(m_tabs, &QTabBar::currentChanged, m_stack, &QStackedWidget::setCurrentIndex);
+    retranslate();
+}
+
+int CCmtdChildContainerCfg::pageCount() const
+{
+    return m_stack->count();
+}
+
+QTableWidget *CCmtdChildContainerCfg::table(int page) const
+{
+    return qobject_cast<QTableWidget *>(m_stack->widget(page));
+}
+
+void CCmtdChildContainerCfg::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::LanguageChange) {
+        retranslate();
+        if (m_file)
+            showRecording(*m_file);
+    }
+    QMainWindow::changeEvent(event);
+}
+
+void CCmtdChildContainerCfg::retranslate()
+{
+    m_tabs->setTabText(0, tr("Analog Channels"));
+    m_tabs->setTabText(1, tr("Status Channels"));
+    m_tabs->setTabText(2, tr("Primary Devices"));
+    m_tabs->setTabText(3, tr("Inf File Content"));
+    m_analog->setColumnCount(13);
+    m_analog->setHorizontalHeaderLabels({tr("No."), tr("Name"), tr("Phase"), tr("Component"), tr("Unit"),
+                                         tr("Multiplier a"), tr("Offset b"), tr("Skew (us)"), tr("Min"),
+                                         tr("Max"), tr("Primary"), tr("Secondary"), tr("P/S")});
+    m_status->setColumnCount(5);
+    m_status->setHorizontalHeaderLabels(
+        {tr("No."), tr("Name"), tr("Phase"), tr("Component"), tr("Normal State")});
+    m_devices->setColumnCount(3);
+    m_devices->setHorizontalHeaderLabels({tr("Kind"), tr("Name"), tr("Channels")});
+    m_messages->setColumnCount(3);
+    m_messages->setHorizontalHeaderLabels({tr("File"), tr("Line"), tr("Message")});
+}
+
+void CCmtdChildContainerCfg::showRecording(const CCmtd99File &file)
+{
+    m_file = &file;
+    m_analog->setRowCount(static_cast<int>(file.analogChannels.size()));
+    int row = 0;
+    for (const auto &c : file.analogChannels) {
+        setCell(m_analog, row, 0, QString::number(c->index), true);
+        setCell(m_analog, row, 1, CmtdText(c->ch_id));
+        setCell(m_analog, row, 2, CmtdText(c->ph));
+        setCell(m_analog, row, 3, CmtdText(c->ccbm));
+        setCell(m_analog, row, 4, CmtdText(c->uu));
+        setCell(m_analog, row, 5, numberText(c->a), true);
+        setCell(m_analog, row, 6, numberText(c->b), true);
+        setCell(m_analog, row, 7, numberText(c->skew), true);
+        setCell(m_analog, row, 8, numberText(c->min), true);
+        setCell(m_analog, row, 9, numberText(c->max), true);
+        setCell(m_analog, row, 10, numberText(c->primary), true);
+        setCell(m_analog, row, 11, numberText(c->secondary), true);
+        setCell(m_analog, row, 12, QString(QLatin1Char(c->ps)));
+        ++row;
+    }
+    m_status->setRowCount(static_cast<int>(file.statusChannels.size()));
+    row = 0;
+    for (const auto &c : file.statusChannels) {
+        setCell(m_status, row, 0, QString::number(c->index), true);
+        setCell(m_status, row, 1, CmtdText(c->ch_id));
+        setCell(m_status, row, 2, CmtdText(c->ph));
+        setCell(m_status, row, 3, CmtdText(c->ccbm));
+        setCell(m_status, row, 4, c->normalState ? tr("Normal-ON") : tr("Normal-OFF"));
+        ++row;
+    }
+    m_devices->setRowCount(0);
+    m_messages->setRowCount(0);
+    addMessages(m_messages, QStringLiteral(".cfg"), file.cfgMessages);
+    addMessages(m_messages, QStringLiteral(".inf"), file.infMessages);
+    addMessages(m_messages, QStringLiteral(".ext"), file.extMessages);
+    addMessages(m_messages, QStringLiteral(".dat"), file.datMessages);
+    for (QTableWidget *table : {m_analog, m_status, m_devices, m_messages})
+        table->resizeColumnsToContents();
+}

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QMainWindow>
+
+class CCmtd99File;
+class QStackedWidget;
+class QTabBar;
+class QTableWidget;
+class QToolBar;
+
+// The configuration page of a document frame: four read-only tables of what was read from the
+// recording's files — analog channels, status channels, primary devices, and the readers'
+// messages with their line numbers, so that the engineer sees what was repaired or refused.
+class CCmtdChildContainerCfg : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    explicit CCmtdChildContainerCfg(QWidget *parent = nullptr);
+
+    // Fills every table from the recording.
+    void showRecording(const CCmtd99File &file);
+    int pageCount() const;
+    QTableWidget *table(int page) const;
+
+protected:
+    void changeEvent(QEvent *event) override;
+
+private:
+    void retranslate();
+
+    QToolBar *m_toolBar = nullptr;
+    QTabBar *m_tabs = nullptr;
+    QStackedWidget *m_stack = nullptr;
+    QTableWidget *m_analog = nullptr;
+    QTableWidget *m_status = nullptr;
+    QTableWidget *m_devices = nullptr;
+    QTableWidget *m_messages = nullptr;
+    const CCmtd99File *m_file = nullptr;
+};
