@@ -163,9 +163,9 @@ int64_t sampleMicros(int n)
 {
     if (n < kFastSamples)
         return int64_t(n) * 200;
-    // A new rate takes effect with its own sample period: the first 1 kHz sample stands 1 ms
-    // behind the last 5 kHz one, as the rate table alone would place it.
-    return int64_t(kFastSamples - 1) * 200 + int64_t(n - kFastSamples + 1) * 1000;
+    // The last 5 kHz sample is followed by one 5 kHz period, then the 1 kHz periods begin,
+    // which is where the rate table alone places the samples.
+    return 500000 + int64_t(n - kFastSamples) * 1000;
 }
 
 // Smallest multiplier with three significant digits that keeps |peak| within 90 % of the raw range,
