@@ -3,8 +3,7 @@
 #include "cmtd99file.h"
 #include "cmtdtext.h"
 #include "jsonwriter.h"
-
-#include <QFileInfo>
+#include "recordingload.h"
 
 #include <cstdio>
 #include <cstring>
@@ -52,7 +51,8 @@ void printPlain(const char *path, const CCmtd99File &file, bool loadOk)
                 d.statusCount, double(d.lineFreq));
     std::printf("start:     %s\n", stampText(d.startTime).constData());
     std::printf("trigger:   %s\n", stampText(d.triggerTime).constData());
-    std::printf("samples:   %d in %d segment(s)\n", file.pointCount, int(file.segments.size()));
+    std::printf("samples:   %d promised, %d loaded, in %d segment(s); trigger at sample %d\n",
+                file.pointCount, file.loadedPoints, int(file.segments.size()), file.triggerIndex);
     for (const SampleSegment &s : file.segments)
         std::printf("           %d: %g Hz, samples %d..%d\n", s.index, double(s.rate), s.start, s.end - 1);
     std::printf("data type: %s, time multiplier %g\n", d.fileType.constData(), double(d.timeMult));
@@ -131,6 +131,10 @@ void WriteDescriptionJson(JsonWriter &json, const char *path, const CCmtd99File 
     json.endArray();
     json.key("pointCount");
     json.value(file.pointCount);
+    json.key("loadedPoints");
+    json.value(file.loadedPoints);
+    json.key("triggerIndex");
+    json.value(file.triggerIndex);
     json.key("startTime");
     json.value(stampText(d.startTime).constData());
     json.key("triggerTime");
@@ -167,6 +171,18 @@ void WriteDescriptionJson(JsonWriter &json, const char *path, const CCmtd99File 
         json.value(ps);
         json.key("flags");
         json.value(static_cast<long long>(c->flags));
+        if (const CChnMapAnalog *map = file.FindAnalogMap(c->index)) {
+            json.key("class");
+            json.value(int(map->Class()));
+            json.key("phase");
+            json.value(int(map->Phase()));
+            json.key("ratedFreq");
+            json.valueFloat(c->ratedFreq);
+            json.key("valueMax");
+            json.valueFloat(map->maxValue);
+            json.key("valueMin");
+            json.valueFloat(map->minValue);
+        }
         json.endObject();
     }
     json.endArray();
@@ -183,6 +199,10 @@ void WriteDescriptionJson(JsonWriter &json, const char *path, const CCmtd99File 
         json.value(int(c->normalState));
         json.key("flags");
         json.value(static_cast<long long>(c->flags));
+        if (const CChnMapStatus *map = file.FindStatusMap(c->index)) {
+            json.key("changed");
+            json.value((map->flags & CChnMapBase::FlagShifts) != 0);
+        }
         json.endObject();
     }
     json.endArray();
@@ -198,10 +218,13 @@ void WriteDescriptionJson(JsonWriter &json, const char *path, const CCmtd99File 
 int RunInfo(int argc, char **argv)
 {
     bool asJson = false;
+    bool progress = false;
     const char *path = nullptr;
     for (int i = 0; i < argc; ++i) {
         if (std::strcmp(argv[i], "--json") == 0) {
             asJson = true;
+        } else if (std::strcmp(argv[i], "--progress") == 0) {
+            progress = true;
         } else if (argv[i][0] == '-' && argv[i][1] == '-') {
             std::fprintf(stderr, "veldrix-cli info: unknown option %s\n", argv[i]);
             return 2;
@@ -213,34 +236,24 @@ int RunInfo(int argc, char **argv)
         }
     }
     if (!path) {
-        std::fprintf(stderr, "usage: veldrix-cli info [--json] PATH\n");
-        return 2;
-    }
-    const QByteArray base = CmtdBasePath(path);
-    const QByteArray cfg = CmtdSiblingPath(base, ".cfg");
-    const QByteArray inf = CmtdSiblingPath(base, ".inf");
-    if (!QFileInfo::exists(QString::fromLocal8Bit(cfg)) && !QFileInfo::exists(QString::fromLocal8Bit(inf))) {
-        std::fprintf(stderr, "veldrix-cli info: no such recording: %s\n", cfg.constData());
+        std::fprintf(stderr, "usage: veldrix-cli info [--json] [--progress] PATH\n");
         return 2;
     }
 
     CCmtd99File file;
-    const bool loadOk = file.LoadFile(path);
+    const LoadOutcome outcome = LoadRecording("info", path, file, true, progress);
+    if (outcome == LoadOutcome::Missing)
+        return 2;
+    const bool usable = outcome == LoadOutcome::Usable;
     if (asJson) {
         JsonWriter json;
         json.beginObject();
-        WriteDescriptionJson(json, path, file, loadOk);
+        WriteDescriptionJson(json, path, file, usable);
         json.endObject();
         std::fwrite(json.text().data(), 1, json.text().size(), stdout);
         std::fputc('\n', stdout);
     } else {
-        printPlain(path, file, loadOk);
+        printPlain(path, file, usable);
     }
-    if (!loadOk) {
-        const LoadMessageList &reasons = file.datMessages.isEmpty() ? file.cfgMessages : file.datMessages;
-        std::fprintf(stderr, "veldrix-cli info: recording refused%s%s\n", reasons.isEmpty() ? "" : ": ",
-                     reasons.isEmpty() ? "" : CmtdText(reasons.first().text).toUtf8().constData());
-        return 1;
-    }
-    return 0;
+    return ExitCodeOf(outcome);
 }

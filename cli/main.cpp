@@ -1,7 +1,9 @@
 // veldrix-cli: the recording engine without a window, for scripts and for checking what the
 // program reads from a recording.
 
+#include "convertverb.h"
 #include "infoverb.h"
+#include "samplesverb.h"
 
 #include <QCoreApplication>
 
@@ -14,7 +16,13 @@ void printUsage(FILE *out)
 {
     std::fprintf(out, "usage: veldrix-cli <verb> [options]\n"
                       "verbs:\n"
-                      "  info [--json] PATH   describe a recording (PATH may carry any extension)\n");
+                      "  info [--json] [--progress] PATH\n"
+                      "      describe a recording (PATH may carry any extension) and load its samples\n"
+                      "  samples --json PATH [--from N] [--to M] [--channel A<n>|D<n>]... [--progress]\n"
+                      "      the samples as stored: times in microseconds from the trigger, analog values\n"
+                      "      scaled to secondary quantities without unit prefix, status bits\n"
+                      "  convert PATH OUT [--ascii|--binary] [--progress]\n"
+                      "      write the recording (data and configuration file) under a new name\n");
 }
 
 } // namespace
@@ -29,6 +37,10 @@ int main(int argc, char **argv)
     const char *verb = argv[1];
     if (std::strcmp(verb, "info") == 0)
         return RunInfo(argc - 2, argv + 2);
+    if (std::strcmp(verb, "samples") == 0)
+        return RunSamples(argc - 2, argv + 2);
+    if (std::strcmp(verb, "convert") == 0)
+        return RunConvert(argc - 2, argv + 2);
     if (std::strcmp(verb, "--help") == 0 || std::strcmp(verb, "help") == 0) {
         printUsage(stdout);
         return 0;

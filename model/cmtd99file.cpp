@@ -75,7 +75,12 @@ QByteArray CmtdSiblingPath(const QByteArray &base, const char *extension)
     return lower;
 }
 
-CCmtd99File::~CCmtd99File() = default;
+CChnMapFilter::~CChnMapFilter() = default;
+
+CCmtd99File::~CCmtd99File()
+{
+    std::free(sampleTimes);
+}
 
 void CCmtd99File::AddCfgMessage(const QByteArray &text)
 {
@@ -105,6 +110,11 @@ void CCmtd99File::ClearAll()
     loadedPoints = 0;
     triggerIndex = -1;
     segments.clear();
+    std::free(sampleTimes);
+    sampleTimes = nullptr;
+    analogMaps.clear();
+    statusMaps.clear();
+    scaleGroups.clear();
     fileDesc.Reset();
     analogChannels.clear();
     statusChannels.clear();
@@ -582,4 +592,57 @@ CmtdChn_Status *CCmtd99File::FindStatusChannelByName(const char *name) const
             return channel.get();
     }
     return nullptr;
+}
+
+CChnMapAnalog *CCmtd99File::FindAnalogMap(int index) const
+{
+    for (const auto &map : analogMaps) {
+        if (map->Index() == index)
+            return map.get();
+    }
+    return nullptr;
+}
+
+CChnMapStatus *CCmtd99File::FindStatusMap(int index) const
+{
+    for (const auto &map : statusMaps) {
+        if (map->Index() == index)
+            return map.get();
+    }
+    return nullptr;
+}
+
+CChnMapBase *CCmtd99File::FindMapByName(const char *name) const
+{
+    if (!name)
+        return nullptr;
+    for (const auto &map : analogMaps) {
+        if (equalsNoCase(map->config->ch_id.constData(), name))
+            return map.get();
+    }
+    for (const auto &map : analogMaps) {
+        if (map->isVirtual)
+            break;
+        if (!map->config->alias.isEmpty() && equalsNoCase(map->config->alias.constData(), name))
+            return map.get();
+    }
+    for (const auto &map : statusMaps) {
+        if (equalsNoCase(map->config->ch_id.constData(), name) ||
+            (!map->config->alias.isEmpty() && equalsNoCase(map->config->alias.constData(), name)))
+            return map.get();
+    }
+    return nullptr;
+}
+
+void CCmtd99File::SelectMaps(const CChnMapFilter &filter, std::vector<CChnMapBase *> &list) const
+{
+    for (const auto &map : analogMaps) {
+        const int index = map->Index() >= firstFreeChannelIndex ? map->config->deviceIndex : map->Index();
+        if (filter.acceptAnalog(index))
+            list.push_back(map.get());
+    }
+    for (const auto &map : statusMaps) {
+        if (filter.acceptStatus(map->Index()))
+            list.push_back(map.get());
+    }
 }

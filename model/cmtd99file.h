@@ -1,5 +1,6 @@
 #pragma once
 
+#include "chnmap.h"
 #include "cmtdchannel.h"
 #include "cmtdtypes.h"
 
@@ -14,6 +15,29 @@
 // The readers are tolerant: a bad field gives a message and the read goes on; `Validate`
 // alone decides whether the recording may be opened. A frame owns one object per recording;
 // analysis code only borrows it.
+// Progress of a long job: code 8 starts (returns the step, a positive number of samples
+// between reports), 10 reports `current` of `total`, 0 polls for cancel (negative cancels).
+using ProgressFn = int (*)(void *context, int code, int total, int current);
+
+// The largest absolute value of the analog stores of one signal class and unit; rows of one
+// group share a vertical scale.
+struct ScaleGroup
+{
+    CChnMapAnalog *store = nullptr;
+    ChnUnit unit;
+    int16_t chnClass = 0;
+    float peak = 0.0f;
+};
+
+// Decides which stores a walk over the recording keeps.
+class CChnMapFilter
+{
+public:
+    virtual ~CChnMapFilter();
+    virtual bool acceptAnalog(int index) const { return true; }
+    virtual bool acceptStatus(int index) const { return true; }
+};
+
 class CCmtd99File
 {
 public:
@@ -58,6 +82,13 @@ public:
     // Checks the counts, builds the effective segments; 0 means usable.
     int Validate();
     bool SaveCfg(const char *path);
+    // Writes the data file, then the configuration; stops at the first failure.
+    bool SaveFile(const char *path);
+    // Reads the samples; true when at least 5 were loaded. Runs on the frame's worker.
+    bool LoadDat(const char *path, ProgressFn fn, void *context);
+    // Writes the loaded samples in the form that `fileType` names.
+    bool SaveDat(const char *datPath, int reserved1 = 0, int reserved2 = 0);
+    void BuildScaleGroups();
     // Back to the empty state; `datMessages` survive.
     void ClearAll();
 
@@ -65,6 +96,12 @@ public:
     CmtdChn_Status *FindStatusChannel(int index) const;
     CmtdChn_Analog *FindAnalogChannelByName(const char *name) const;
     CmtdChn_Status *FindStatusChannelByName(const char *name) const;
+    CChnMapAnalog *FindAnalogMap(int index) const;
+    CChnMapStatus *FindStatusMap(int index) const;
+    CChnMapBase *FindMapByName(const char *name) const;
+    // Appends every store that the filter accepts; a virtual analog channel is tested with the
+    // index of the real channel it stands for.
+    void SelectMaps(const CChnMapFilter &filter, std::vector<CChnMapBase *> &list) const;
 
     // The channel index at which virtual (derived) channels begin.
     bool IsVirtualAnalog(const CmtdChn_Base &channel) const { return channel.index >= firstFreeChannelIndex; }
@@ -85,6 +122,10 @@ public:
     int32_t loadedPoints = 0;
     int32_t triggerIndex = -1;
     std::vector<SampleSegment> segments;
+    int64_t *sampleTimes = nullptr; // microseconds from the trigger, one per sample (malloc)
+    std::vector<std::unique_ptr<CChnMapAnalog>> analogMaps;
+    std::vector<std::unique_ptr<CChnMapStatus>> statusMaps;
+    std::vector<ScaleGroup> scaleGroups;
     CmtdFileDescription fileDesc;
     std::vector<std::unique_ptr<CmtdChn_Analog>> analogChannels;
     std::vector<std::unique_ptr<CmtdChn_Status>> statusChannels;
@@ -94,7 +135,9 @@ protected:
     void AddDatMessage(const QByteArray &text);
 
 private:
+    friend class CDatLoader;
     void BuildEffectiveSegments();
+    bool MergeDatParts(const QByteArray &base, const QByteArray &datPath);
     bool ReadAnalogLine(char *fields[], int count, int &result);
     bool ReadStatusLine(char *fields[], int count, int &result);
 };

@@ -1,0 +1,135 @@
+#include "samplesverb.h"
+
+#include "cmtd99file.h"
+#include "jsonwriter.h"
+#include "recordingload.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+namespace {
+
+void usage()
+{
+    std::fprintf(stderr,
+                 "usage: veldrix-cli samples --json PATH [--from N] [--to M] [--channel A<n>|D<n>]... "
+                 "[--progress]\n");
+}
+
+struct ChannelChoice
+{
+    char kind; // 'A' or 'D'
+    int index;
+};
+
+} // namespace
+
+int RunSamples(int argc, char **argv)
+{
+    const char *path = nullptr;
+    long long from = 0;
+    long long to = -1;
+    bool progress = false;
+    std::vector<ChannelChoice> chosen;
+    for (int i = 0; i < argc; ++i) {
+        const char *arg = argv[i];
+        const bool hasValue = i + 1 < argc;
+        if (std::strcmp(arg, "--json") == 0) {
+            continue; // the only output form
+        } else if (std::strcmp(arg, "--progress") == 0) {
+            progress = true;
+        } else if (std::strcmp(arg, "--from") == 0 && hasValue) {
+            from = std::atoll(argv[++i]);
+        } else if (std::strcmp(arg, "--to") == 0 && hasValue) {
+            to = std::atoll(argv[++i]);
+        } else if (std::strcmp(arg, "--channel") == 0 && hasValue) {
+            const char *spec = argv[++i];
+            const char kind = static_cast<char>(spec[0] & ~0x20);
+            if ((kind != 'A' && kind != 'D') || !spec[1]) {
+                std::fprintf(stderr, "veldrix-cli samples: a channel is A<n> or D<n>, not \"%s\"\n", spec);
+                return 2;
+            }
+            chosen.push_back(ChannelChoice{kind, std::atoi(spec + 1)});
+        } else if (arg[0] == '-' && arg[1] == '-') {
+            std::fprintf(stderr, "veldrix-cli samples: unknown or incomplete option %s\n", arg);
+            return 2;
+        } else if (!path) {
+            path = arg;
+        } else {
+            usage();
+            return 2;
+        }
+    }
+    if (!path) {
+        usage();
+        return 2;
+    }
+
+    CCmtd99File file;
+    const LoadOutcome outcome = LoadRecording("samples", path, file, true, progress);
+    if (outcome != LoadOutcome::Usable)
+        return ExitCodeOf(outcome);
+
+    std::vector<const CChnMapAnalog *> analogs;
+    std::vector<const CChnMapStatus *> statuses;
+    if (chosen.empty()) {
+        for (const auto &map : file.analogMaps)
+            analogs.push_back(map.get());
+        for (const auto &map : file.statusMaps)
+            statuses.push_back(map.get());
+    }
+    for (const ChannelChoice &choice : chosen) {
+        if (choice.kind == 'A') {
+            if (const CChnMapAnalog *map = file.FindAnalogMap(choice.index)) {
+                analogs.push_back(map);
+                continue;
+            }
+        } else if (const CChnMapStatus *map = file.FindStatusMap(choice.index)) {
+            statuses.push_back(map);
+            continue;
+        }
+        std::fprintf(stderr, "veldrix-cli samples: the recording has no channel %c%d\n", choice.kind,
+                     choice.index);
+        return 2;
+    }
+
+    const long long last = file.loadedPoints - 1;
+    if (to < 0 || to > last)
+        to = last;
+    if (from < 0)
+        from = 0;
+
+    JsonWriter json;
+    json.beginObject();
+    json.key("times");
+    json.beginArray();
+    for (long long n = from; n <= to; ++n)
+        json.value(static_cast<long long>(file.sampleTimes[n]));
+    json.endArray();
+    json.key("analog");
+    json.beginObject();
+    for (const CChnMapAnalog *map : analogs) {
+        json.key(QByteArray::number(map->Index()).constData());
+        json.beginArray();
+        for (long long n = from; n <= to; ++n)
+            json.valueFloat(map->Value(static_cast<int>(n)));
+        json.endArray();
+    }
+    json.endObject();
+    json.key("status");
+    json.beginObject();
+    for (const CChnMapStatus *map : statuses) {
+        json.key(QByteArray::number(map->Index()).constData());
+        json.beginArray();
+        for (long long n = from; n <= to; ++n)
+            json.value(map->Bit(static_cast<int>(n)));
+        json.endArray();
+    }
+    json.endObject();
+    json.endObject();
+    std::fwrite(json.text().data(), 1, json.text().size(), stdout);
+    std::fputc('\n', stdout);
+    return 0;
+}

@@ -1,0 +1,301 @@
+#include "chnmap.h"
+
+#include "cmtdchannel.h"
+
+#include <cmath>
+#include <cstdlib>
+
+CChnMapBase::~CChnMapBase()
+{
+    std::free(samples);
+}
+
+void CChnMapBase::destroy()
+{
+    std::free(samples);
+    samples = nullptr;
+    sampleCount = 0;
+}
+
+void CChnMapBase::copyFrom(const CChnMapBase &other)
+{
+    channelKey = other.channelKey;
+    chnType = other.chnType;
+    phase = other.phase;
+    kindCode = other.kindCode;
+    flags = other.flags;
+    colour = other.colour;
+}
+
+const char *CChnMapBase::Name() const
+{
+    const CmtdChn_Base *record = Record();
+    if (!record)
+        return "";
+    if (!record->alias.isEmpty() && !isVirtual)
+        return record->alias.constData();
+    return record->ch_id.constData();
+}
+
+int CChnMapBase::Index() const
+{
+    const CmtdChn_Base *record = Record();
+    return record ? record->index : 0;
+}
+
+CChnMapAnalog::CChnMapAnalog(CmtdChn_Analog *record, bool isVirtualChannel) : config(record)
+{
+    chnType = TypeAnalog;
+    isVirtual = isVirtualChannel;
+    if (!record)
+        return;
+    channelKey = static_cast<uint32_t>(record->index);
+    record->ch_id.replace('"', '_');
+    unit = ParseUnit(record->uu);
+    kindCode = ClassFromUnit(unit);
+    if (record->flags & CmtdChn_Analog::TypeCodeGiven)
+        chnClass = ClassFromCode(record->typeCode);
+    else
+        chnClass = kindCode;
+    if (chnClass == ClassACV || chnClass == ClassACC) {
+        if (record->flags & CmtdChn_Analog::PhaseGiven)
+            phase = static_cast<uint16_t>(PhaseFromText(record->ph));
+        else
+            phase = static_cast<uint16_t>(PhaseFromName(record->ch_id));
+        // A rated frequency counts only where the extension file gave one.
+        if (!(record->flags & CmtdChn_Analog::RatedFreqGiven))
+            record->ratedFreq = 50.0f;
+    } else if (record->flags & CmtdChn_Analog::PhaseGiven) {
+        phase = static_cast<uint16_t>(PhaseFromText(record->ph));
+    }
+
+    // Values are held in secondary quantities and without the unit's prefix.
+    const double k = unit.factor;
+    if (record->ps == 'P' || record->ps == 'p') {
+        const double toSecondary = double(record->secondary) / double(record->primary);
+        gain = double(record->a) * toSecondary * k;
+        offset = double(record->b) * toSecondary * k;
+    } else {
+        gain = double(record->a) * k;
+        offset = double(record->b) * k;
+    }
+    rangeMin = static_cast<float>(double(record->min) * gain + offset);
+    rangeMax = static_cast<float>(double(record->max) * gain + offset);
+}
+
+const CmtdChn_Base *CChnMapAnalog::Record() const
+{
+    return config;
+}
+
+bool CChnMapAnalog::allocate(int points)
+{
+    destroy();
+    if (points < 0)
+        return false;
+    samples = std::calloc(static_cast<size_t>(points > 0 ? points : 1), sizeof(float));
+    if (!samples)
+        return false;
+    sampleCount = points;
+    return true;
+}
+
+float CChnMapAnalog::Value(int sample) const
+{
+    if (!samples || sample < 0 || sample >= sampleCount)
+        return 0.0f;
+    return Values()[sample];
+}
+
+bool CChnMapAnalog::CopyValues(float *target, int targetIndex, int first, int count) const
+{
+    if (!samples || !target || first < 0 || count < 0 || first > sampleCount - count)
+        return false;
+    const float *source = Values() + first;
+    for (int i = 0; i < count; ++i)
+        target[targetIndex + i] = source[i];
+    return true;
+}
+
+void CChnMapAnalog::updateExtent()
+{
+    if (!samples || sampleCount < 1)
+        return;
+    const float *v = Values();
+    float high = v[0];
+    float low = v[0];
+    for (int i = 1; i < sampleCount; ++i) {
+        if (v[i] > high)
+            high = v[i];
+        if (v[i] < low)
+            low = v[i];
+    }
+    maxValue = high;
+    minValue = low;
+    absMax = std::max(std::fabs(high), std::fabs(low));
+}
+
+void CChnMapAnalog::RecalcExtremes()
+{
+    if (!samples || sampleCount < 1)
+        return;
+    const float *v = Values();
+    maxValue = v[0];
+    minValue = v[0];
+    for (int i = 1; i < sampleCount; ++i)
+        takeExtreme(v[i]);
+    absMax = std::max(std::fabs(maxValue), std::fabs(minValue));
+}
+
+float CChnMapAnalog::TransformRatio() const
+{
+    if (!config)
+        return 1.0f;
+    const uint32_t f = config->flags;
+    constexpr uint32_t ratings = CmtdChn_Analog::PrimaryRatingGiven | CmtdChn_Analog::PrimaryUnitGiven |
+                                 CmtdChn_Analog::SecondaryRatingGiven | CmtdChn_Analog::SecondaryUnitGiven;
+    constexpr uint32_t ratio =
+        CmtdChn_Analog::PrimaryGiven | CmtdChn_Analog::SecondaryGiven | CmtdChn_Analog::PsGiven;
+    if ((f & ratings) == ratings) {
+        return UnitFactor(config->primaryUnit.constData(), config->secondaryUnit.constData()) *
+               config->primaryRating / config->secondaryRating;
+    }
+    if ((f & ratio) == ratio)
+        return config->primary / config->secondary;
+    return 1.0f;
+}
+
+namespace {
+
+float sideFactor(const CmtdChn_Analog *config, const char *target, bool primary)
+{
+    if (!config)
+        return 1.0f;
+    const char *to = target ? target : config->uu.constData();
+    const uint32_t f = config->flags;
+    constexpr uint32_t ratings = CmtdChn_Analog::PrimaryRatingGiven | CmtdChn_Analog::PrimaryUnitGiven |
+                                 CmtdChn_Analog::SecondaryRatingGiven | CmtdChn_Analog::SecondaryUnitGiven;
+    constexpr uint32_t ratio =
+        CmtdChn_Analog::PrimaryGiven | CmtdChn_Analog::SecondaryGiven | CmtdChn_Analog::PsGiven;
+    if ((f & ratings) == ratings) {
+        return primary ? UnitFactor(config->primaryUnit.constData(), to) * config->primaryRating
+                       : UnitFactor(config->secondaryUnit.constData(), to) * config->secondaryRating;
+    }
+    if ((f & ratio) == ratio)
+        return UnitFactor(config->uu.constData(), to) * (primary ? config->primary : config->secondary);
+    return 1.0f;
+}
+
+} // namespace
+
+float CChnMapAnalog::PrimaryFactor(const char *targetUnit) const
+{
+    return sideFactor(config, targetUnit, true);
+}
+
+float CChnMapAnalog::SecondaryFactor(const char *targetUnit) const
+{
+    return sideFactor(config, targetUnit, false);
+}
+
+CChnMapStatus::CChnMapStatus(CmtdChn_Status *record) : config(record)
+{
+    chnType = TypeStatus;
+    colour = kDefaultColour;
+    if (!record)
+        return;
+    channelKey = static_cast<uint32_t>(record->index);
+    record->ch_id.replace('"', '_');
+    if (record->flags & CmtdChn_Status::PhaseGiven)
+        phase = static_cast<uint16_t>(PhaseFromText(record->ph));
+}
+
+const CmtdChn_Base *CChnMapStatus::Record() const
+{
+    return config;
+}
+
+bool CChnMapStatus::allocate(int points)
+{
+    destroy();
+    if (points < 0)
+        return false;
+    const size_t words = (static_cast<size_t>(points) + 31) / 32;
+    samples = std::calloc(words > 0 ? words : 1, sizeof(uint32_t));
+    if (!samples)
+        return false;
+    sampleCount = points;
+    return true;
+}
+
+int CChnMapStatus::Bit(int sample) const
+{
+    if (!samples || sampleCount < 1)
+        return 0;
+    if (sample < 0)
+        sample = 0;
+    if (sample >= sampleCount)
+        sample = sampleCount - 1;
+    return (Words()[sample >> 5] >> (sample & 31)) & 1u;
+}
+
+void CChnMapStatus::SetBit(int sample, int value)
+{
+    if (!samples || sample < 0 || sample >= sampleCount)
+        return;
+    uint32_t &word = Words()[sample >> 5];
+    const uint32_t mask = 1u << (sample & 31);
+    word = value ? (word | mask) : (word & ~mask);
+}
+
+bool CChnMapStatus::CopyBits(uint32_t *target, int first, int count) const
+{
+    if (!samples || !target || first < 0 || count < 0 || first > sampleCount - count)
+        return false;
+    for (int i = 0; i < count; ++i) {
+        const uint32_t mask = 1u << (i & 31);
+        if (Bit(first + i))
+            target[i >> 5] |= mask;
+        else
+            target[i >> 5] &= ~mask;
+    }
+    return true;
+}
+
+void CChnMapStatus::BuildChangeList(int points)
+{
+    if (changeListBuilt || !(flags & FlagShifts))
+        return;
+    changeListBuilt = true;
+    changes.clear();
+    const int last = std::min(points, sampleCount);
+    int before = Bit(0);
+    for (int n = 1; n < last && static_cast<int>(changes.size()) < kMaxChanges; ++n) {
+        const int bit = Bit(n);
+        if (bit != before)
+            changes.push_back(StatusChange{n, static_cast<uint8_t>(bit)});
+        before = bit;
+    }
+
+    // A pulse shorter than two samples is a contact bounce or a converter glitch: fill it in
+    // with the state from before it and drop both of its edges.
+    std::vector<bool> removed(changes.size(), false);
+    for (size_t i = 1; i < changes.size(); ++i) {
+        const StatusChange &previous = changes[i - 1];
+        if (changes[i].sample - previous.sample < 2) {
+            const int restore = previous.value ? 0 : 1;
+            for (int n = previous.sample; n < changes[i].sample; ++n)
+                SetBit(n, restore);
+            removed[i - 1] = true;
+            removed[i] = true;
+        }
+    }
+    std::vector<StatusChange> kept;
+    for (size_t i = 0; i < changes.size(); ++i) {
+        if (!removed[i])
+            kept.push_back(changes[i]);
+    }
+    changes.swap(kept);
+    if (changes.empty())
+        flags &= ~static_cast<uint32_t>(FlagShifts);
+}

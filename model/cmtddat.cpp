@@ -1,0 +1,620 @@
+// Reading and writing the sample file of a recording: binary and ASCII forms, the numbered
+// parts of a split file, the conversion of the file's time stamps to microseconds from the
+// trigger, and the status change lists.
+
+#include "cmtd99file.h"
+#include "diskfile.h"
+#include "linereader.h"
+
+#include <QFileInfo>
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <new>
+
+namespace {
+
+constexpr int kMaxBlock = 4 << 20;   // largest read of the binary loader
+constexpr int kCopyBuffer = 2 << 20; // piece size when joining numbered parts
+constexpr int kSaveRecords = 1024;   // records per write of the binary writer
+constexpr int kAsciiLine = 128 << 10;
+
+inline int32_t readInt32(const unsigned char *p)
+{
+    return static_cast<int32_t>(static_cast<uint32_t>(p[0]) | (static_cast<uint32_t>(p[1]) << 8) |
+                                (static_cast<uint32_t>(p[2]) << 16) | (static_cast<uint32_t>(p[3]) << 24));
+}
+
+inline int16_t readInt16(const unsigned char *p)
+{
+    return static_cast<int16_t>(static_cast<uint16_t>(p[0] | (p[1] << 8)));
+}
+
+inline uint16_t readUInt16(const unsigned char *p)
+{
+    return static_cast<uint16_t>(p[0] | (p[1] << 8));
+}
+
+inline void putInt32(unsigned char *p, int32_t value)
+{
+    const auto v = static_cast<uint32_t>(value);
+    p[0] = static_cast<unsigned char>(v);
+    p[1] = static_cast<unsigned char>(v >> 8);
+    p[2] = static_cast<unsigned char>(v >> 16);
+    p[3] = static_cast<unsigned char>(v >> 24);
+}
+
+inline void putInt16(unsigned char *p, int value)
+{
+    const auto v = static_cast<uint16_t>(value);
+    p[0] = static_cast<unsigned char>(v);
+    p[1] = static_cast<unsigned char>(v >> 8);
+}
+
+bool fileExists(const QByteArray &path)
+{
+    return QFileInfo(QString::fromLocal8Bit(path)).isFile();
+}
+
+// Raw file value of a stored value: rounded half away from zero, held within what the
+// destination can take.
+int rawValue(float value, float a, float b)
+{
+    double raw = (double(value) - double(b)) / double(a);
+    raw += raw < 0.0 ? -0.5 : 0.5;
+    if (!(raw > double(INT_MIN)) || !(raw < double(INT_MAX)))
+        return raw > 0.0 ? INT_MAX : INT_MIN;
+    return static_cast<int>(raw);
+}
+
+} // namespace
+
+// The state of one sample load: the stores to fill, and the conversion of the file's time
+// stamps. The first five stamps decide how the recorder counted time; they are kept raw until
+// then and converted at once.
+class CDatLoader
+{
+public:
+    CDatLoader(CCmtd99File &file, ProgressFn fn, void *context) : m_file(file), m_fn(fn), m_context(context)
+    {}
+
+    bool prepare();
+    int loadBinary(const char *path);
+    int loadAscii(const char *path);
+
+private:
+    enum Mode
+    {
+        ModeUndecided = 0,
+        ModeStamps = 1,
+        ModeRates = 2,
+        ModeShift = 3,
+        ModeDerived = 4
+    };
+
+    int startProgress();
+    bool cancelled();
+    void report(int done);
+    bool tooLong();
+    void takeTime(int n, int32_t stamp);
+    void decideMode();
+    void convert(int n);
+    void takeStatus(int channel, int n, int bit);
+    void finish();
+
+    int64_t scaled(int64_t stamp) const
+    {
+        const double value = double(stamp) * double(m_file.fileDesc.timeMult);
+        return static_cast<int64_t>(std::round(value));
+    }
+
+    CCmtd99File &m_file;
+    ProgressFn m_fn;
+    void *m_context;
+    int m_step = INT_MAX;
+
+    // Per channel, prepared before the loop so that nothing is looked up per sample.
+    std::vector<float *> m_values;
+    std::vector<double> m_gain;
+    std::vector<double> m_offset;
+    std::vector<uint32_t *> m_bits;
+    std::vector<uint8_t> m_lastBit;
+
+    Mode m_mode = ModeUndecided;
+    bool m_shift = false;
+    int64_t m_delay = 0;
+    // Rates mode: the current segment and where its time base lies.
+    size_t m_segment = 0;
+    int64_t m_base = 0;
+    int m_segStart = 0;
+    // Derived mode: the rate seen so far and the segments found.
+    double m_rate = 0.0;
+    std::vector<SampleSegment> m_derived;
+};
+
+bool CDatLoader::prepare()
+{
+    const int count = m_file.pointCount;
+    for (const auto &map : m_file.analogMaps) {
+        m_values.push_back(map->Values());
+        m_gain.push_back(map->gain);
+        m_offset.push_back(map->offset);
+    }
+    for (const auto &map : m_file.statusMaps)
+        m_bits.push_back(map->Words());
+    m_lastBit.assign(m_file.statusMaps.size(), 0);
+    m_delay = m_file.fileDesc.triggerTime.ToMicroseconds() - m_file.fileDesc.startTime.ToMicroseconds();
+    return count >= 0;
+}
+
+int CDatLoader::startProgress()
+{
+    m_step = m_fn ? m_fn(m_context, 8, m_file.pointCount, 0) : INT_MAX;
+    if (m_step < 1)
+        m_step = 1; // a step of 0 would divide by zero; the caller must give a positive one
+    return m_step;
+}
+
+bool CDatLoader::cancelled()
+{
+    if (m_fn && m_fn(m_context, 0, 0, 0) < 0) {
+        m_file.AddDatMessage(CmtdMessage("Cancel this processing by user!"));
+        return true;
+    }
+    return false;
+}
+
+void CDatLoader::report(int done)
+{
+    if (m_fn && done % m_step == m_step - 1)
+        m_fn(m_context, 10, m_file.pointCount, done);
+}
+
+bool CDatLoader::tooLong()
+{
+    if (m_file.loadedPoints < m_file.pointCount)
+        return false;
+    m_file.AddDatMessage(CmtdMessage(
+        "DAT file length great than the sampling-points number in config file(frm=%d)!", m_file.pointCount));
+    return true;
+}
+
+void CDatLoader::takeTime(int n, int32_t stamp)
+{
+    m_file.sampleTimes[n] = stamp;
+    if (n < 4)
+        return;
+    if (n == 4) {
+        decideMode();
+        for (int i = 0; i <= 4; ++i)
+            convert(i);
+        return;
+    }
+    convert(n);
+}
+
+void CDatLoader::decideMode()
+{
+    const int64_t *raw = m_file.sampleTimes;
+    bool rateless = false;
+    for (const SampleSegment &segment : m_file.segments) {
+        if (!(segment.rate > 0.0f))
+            rateless = true;
+    }
+    if (rateless) {
+        // The recorder relies on its stamps; the rates follow from them.
+        m_mode = ModeDerived;
+        m_shift = raw[0] >= 0;
+        return;
+    }
+    if (raw[0] == raw[1] && raw[0] == raw[2] && raw[0] == raw[3] && raw[0] == raw[4]) {
+        m_mode = ModeRates; // the stamps are unusable
+        m_base = -m_delay;
+        return;
+    }
+    const int64_t first = scaled(raw[0]);
+    // Counting from the start of the recording rather than from the trigger.
+    m_mode = first >= 0 && first != -m_delay ? ModeShift : ModeStamps;
+}
+
+void CDatLoader::convert(int n)
+{
+    int64_t *times = m_file.sampleTimes;
+    switch (m_mode) {
+    case ModeStamps:
+        times[n] = scaled(times[n]);
+        break;
+    case ModeShift:
+        times[n] = scaled(times[n]) - m_delay;
+        break;
+    case ModeRates: {
+        const std::vector<SampleSegment> &segments = m_file.segments;
+        if (m_segment < segments.size() && n >= segments[m_segment].end && m_segment + 1 < segments.size()) {
+            m_base = times[n - 1] + static_cast<int64_t>(1000000.0 / double(segments[m_segment].rate) + 0.5);
+            m_segStart = n;
+            ++m_segment;
+        }
+        const double period = 1000000.0 / double(segments[m_segment].rate);
+        times[n] = m_base + static_cast<int64_t>(period * (n - m_segStart) + 0.5);
+        break;
+    }
+    case ModeDerived: {
+        times[n] = scaled(times[n]) - (m_shift ? m_delay : 0);
+        if (n >= 1) {
+            const int64_t dt = times[n] - times[n - 1];
+            if (dt > 0) {
+                const double r = 1000000.0 / double(dt);
+                if (m_rate == 0.0) {
+                    m_rate = r;
+                } else if (std::fabs(r - m_rate) / m_rate > 0.05) {
+                    // Jitter within 5 % is one rate; a larger jump starts a segment.
+                    SampleSegment segment;
+                    segment.index = static_cast<int16_t>(m_derived.size() + 1);
+                    segment.rate = static_cast<float>(m_rate);
+                    segment.end = n;
+                    m_derived.push_back(segment);
+                    m_rate = r;
+                }
+            }
+        }
+        break;
+    }
+    case ModeUndecided:
+        break;
+    }
+    if (m_file.triggerIndex < 0 && times[n] >= 0)
+        m_file.triggerIndex = n;
+}
+
+inline void CDatLoader::takeStatus(int channel, int n, int bit)
+{
+    if (bit)
+        m_bits[channel][n >> 5] |= 1u << (n & 31);
+    if (n > 0 && bit != m_lastBit[channel]) {
+        CChnMapStatus &map = *m_file.statusMaps[channel];
+        if (!(map.flags & CChnMapBase::FlagShifts)) {
+            map.flags |= CChnMapBase::FlagShifts;
+            map.colour = CChnMapStatus::kShiftColour;
+        }
+    }
+    m_lastBit[channel] = static_cast<uint8_t>(bit);
+}
+
+void CDatLoader::finish()
+{
+    if (m_file.loadedPoints < 1)
+        return;
+    if (m_mode == ModeDerived) {
+        SampleSegment last;
+        last.index = static_cast<int16_t>(m_derived.size() + 1);
+        last.rate = static_cast<float>(m_rate);
+        last.end = m_file.loadedPoints;
+        m_derived.push_back(last);
+        m_file.segments = m_derived;
+    }
+    m_file.BuildScaleGroups();
+}
+
+int CDatLoader::loadBinary(const char *path)
+{
+    CCmtd99File &file = m_file;
+    const int analogs = static_cast<int>(file.analogMaps.size());
+    const int statuses = static_cast<int>(file.statusMaps.size());
+    const int words = (statuses + 15) / 16;
+    const int recordSize = (analogs + 4) * 2 + words * 2;
+
+    int64_t blockSize = std::min<int64_t>(kMaxBlock, int64_t(file.pointCount) * recordSize);
+    std::unique_ptr<unsigned char[]> block;
+    while (blockSize >= recordSize) {
+        block.reset(new (std::nothrow) unsigned char[static_cast<size_t>(blockSize)]);
+        if (block)
+            break;
+        blockSize /= 2; // under memory pressure a smaller block still does the job
+    }
+    if (!block) {
+        file.AddDatMessage(CmtdMessage("Memory is not enough to load [DAT] file!"));
+        return 0;
+    }
+    blockSize = blockSize / recordSize * recordSize;
+
+    CDiskFile dat;
+    if (!dat.Open(path, "rb")) {
+        file.AddDatMessage(CmtdMessage("Failed to open (.DAT) file!"));
+        return 0;
+    }
+    startProgress();
+    const int statusOffset = 8 + analogs * 2;
+    for (;;) {
+        if (cancelled())
+            break;
+        const int got = dat.ReadSome(block.get(), static_cast<int>(blockSize));
+        const int records = got > 0 ? got / recordSize : 0;
+        for (int r = 0; r < records; ++r) {
+            const unsigned char *record = block.get() + static_cast<size_t>(r) * recordSize;
+            const int n = file.loadedPoints;
+            report(n);
+            if (tooLong())
+                return file.loadedPoints; // the closing step is left to the caller's job
+            takeTime(n, readInt32(record + 4));
+            const unsigned char *value = record + 8;
+            for (int c = 0; c < analogs; ++c, value += 2) {
+                const auto v = static_cast<float>(readInt16(value) * m_gain[c] + m_offset[c]);
+                m_values[c][n] = v;
+                file.analogMaps[c]->takeExtreme(v);
+            }
+            for (int c = 0; c < statuses; ++c) {
+                const uint16_t word = readUInt16(record + statusOffset + (c >> 4) * 2);
+                takeStatus(c, n, (word >> (c & 15)) & 1);
+            }
+            ++file.loadedPoints;
+        }
+        if (got < blockSize)
+            break;
+    }
+    finish();
+    return file.loadedPoints;
+}
+
+int CDatLoader::loadAscii(const char *path)
+{
+    CCmtd99File &file = m_file;
+    const int analogs = static_cast<int>(file.analogMaps.size());
+    const int statuses = static_cast<int>(file.statusMaps.size());
+    const int total = file.fileDesc.totalChannels;
+    const int needed = total + 2;
+    const int lineSize = (total + 2) * 32;
+    std::unique_ptr<char[]> line(new (std::nothrow) char[static_cast<size_t>(lineSize)]);
+    std::unique_ptr<char *[]> fields(new (std::nothrow) char *[static_cast<size_t>(total + 6)]);
+    if (!line || !fields) {
+        file.AddDatMessage(CmtdMessage("Memory is not enough to load [DAT] file!"));
+        return 0;
+    }
+    CDiskFile dat;
+    if (!dat.Open(path, "rb")) {
+        file.AddDatMessage(CmtdMessage("Failed to open (.DAT) file!"));
+        return 0;
+    }
+    startProgress();
+    int counter = 0;
+    char *text = nullptr;
+    for (;;) {
+        const int n = file.loadedPoints;
+        if (n % m_step == m_step - 1) {
+            report(n);
+            if (cancelled())
+                break;
+        }
+        const int length = ReadDataLine(dat, counter, line.get(), lineSize, text);
+        if (length == 0)
+            break;
+        if (length < needed)
+            continue;
+        const int count = SplitFields(text, fields.get(), total + 6, ',');
+        if (count < needed)
+            continue;
+        if (tooLong())
+            return file.loadedPoints;
+        takeTime(n, std::atoi(fields[1]));
+        for (int c = 0; c < analogs; ++c) {
+            const auto v = static_cast<float>(std::atoi(fields[2 + c]) * m_gain[c] + m_offset[c]);
+            m_values[c][n] = v;
+            file.analogMaps[c]->takeExtreme(v);
+        }
+        for (int c = 0; c < statuses; ++c)
+            takeStatus(c, n, std::atoi(fields[2 + analogs + c]) & 1);
+        ++file.loadedPoints;
+    }
+    finish();
+    return file.loadedPoints;
+}
+
+bool CCmtd99File::MergeDatParts(const QByteArray &base, const QByteArray &datPath)
+{
+    std::unique_ptr<char[]> buffer(new (std::nothrow) char[kCopyBuffer]);
+    if (!buffer)
+        return false;
+    if (!fileExists(CmtdSiblingPath(base, ".d00")))
+        return false;
+    CDiskFile out;
+    if (!out.Open(datPath.constData(), "wb"))
+        return false;
+    for (int n = 0; n < 100; ++n) {
+        char extension[8];
+        std::snprintf(extension, sizeof extension, ".d%02d", n);
+        const QByteArray part = CmtdSiblingPath(base, extension);
+        if (!fileExists(part))
+            return n > 0;
+        CDiskFile in;
+        if (!in.Open(part.constData(), "rb"))
+            return false;
+        int64_t left = in.GetLength();
+        if (left < 0)
+            return false;
+        while (left > 0) {
+            const int piece = static_cast<int>(std::min<int64_t>(left, kCopyBuffer));
+            if (!in.Read(buffer.get(), piece) || !out.Write(buffer.get(), piece))
+                return false;
+            left -= piece;
+        }
+    }
+    return true;
+}
+
+bool CCmtd99File::LoadDat(const char *path, ProgressFn fn, void *context)
+{
+    loadedPoints = 0;
+    if (pointCount < 5) {
+        AddDatMessage(CmtdMessage("Invalid [sampling-points number] int config file!"));
+        return false;
+    }
+    const QByteArray base = CmtdBasePath(path);
+    QByteArray datPath = CmtdSiblingPath(base, ".dat");
+    if (!fileExists(datPath)) {
+        datPath = base + ".dat";
+        if (!MergeDatParts(base, datPath)) {
+            AddDatMessage(CmtdMessage("(.dat) file not exist!"));
+            return false;
+        }
+    }
+
+    bool binary = false;
+    if (qstricmp(fileDesc.fileType.constData(), "BINARY") == 0) {
+        binary = true;
+    } else if (qstricmp(fileDesc.fileType.constData(), "ASCII") != 0) {
+        // The type line lies or is missing: a binary file starts with sample number 1.
+        CDiskFile probe;
+        if (!probe.Open(datPath.constData(), "rb")) {
+            AddDatMessage(CmtdMessage("Failed to open (.DAT) file!"));
+            return false;
+        }
+        unsigned char head[4] = {};
+        binary = probe.Read(head, 4) && readInt32(head) == 1;
+    }
+
+    std::free(sampleTimes);
+    sampleTimes = static_cast<int64_t *>(std::calloc(static_cast<size_t>(pointCount), sizeof(int64_t)));
+    if (!sampleTimes) {
+        AddDatMessage(CmtdMessage("Memory is not enough to load [DAT] file!"));
+        return false;
+    }
+    analogMaps.clear();
+    statusMaps.clear();
+    for (const auto &channel : analogChannels) {
+        auto map = std::unique_ptr<CChnMapAnalog>(new (std::nothrow) CChnMapAnalog(channel.get()));
+        if (!map || !map->allocate(pointCount)) {
+            AddDatMessage(CmtdMessage("Memory is not enough to load [DAT] file!"));
+            return false;
+        }
+        analogMaps.push_back(std::move(map));
+    }
+    for (const auto &channel : statusChannels) {
+        auto map = std::unique_ptr<CChnMapStatus>(new (std::nothrow) CChnMapStatus(channel.get()));
+        if (!map || !map->allocate(pointCount)) {
+            AddDatMessage(CmtdMessage("Memory is not enough to load [DAT] file!"));
+            return false;
+        }
+        statusMaps.push_back(std::move(map));
+    }
+
+    CDatLoader loader(*this, fn, context);
+    loader.prepare();
+    loadedPoints = binary ? loader.loadBinary(datPath.constData()) : loader.loadAscii(datPath.constData());
+
+    if (loadedPoints >= 5) {
+        // A file shorter than promised is no error: the segments end where the samples end.
+        for (size_t i = 0; i < segments.size(); ++i) {
+            if (segments[i].end > loadedPoints) {
+                segments[i].end = loadedPoints;
+                segments.resize(i + 1);
+                break;
+            }
+        }
+    }
+    for (const auto &map : statusMaps)
+        map->BuildChangeList(loadedPoints);
+    return loadedPoints >= 5;
+}
+
+void CCmtd99File::BuildScaleGroups()
+{
+    scaleGroups.clear();
+    for (const auto &map : analogMaps) {
+        const float peak = std::max(std::fabs(map->maxValue), std::fabs(map->minValue));
+        if (peak > map->absMax)
+            map->absMax = peak;
+        auto group = std::find_if(scaleGroups.begin(), scaleGroups.end(), [&](const ScaleGroup &g) {
+            return g.chnClass == map->chnClass && g.unit.prefix == map->unit.prefix &&
+                   qstricmp(g.unit.text, map->unit.text) == 0;
+        });
+        if (group == scaleGroups.end()) {
+            scaleGroups.push_back(ScaleGroup{map.get(), map->unit, map->chnClass, peak});
+        } else if (peak > group->peak) {
+            group->store = map.get();
+            group->peak = peak;
+        }
+    }
+}
+
+bool CCmtd99File::SaveDat(const char *datPath, int, int)
+{
+    // Widen a multiplier where the extreme value would not fit 16 bits; the configuration is
+    // written afterwards and carries the new multiplier.
+    for (const auto &map : analogMaps) {
+        CmtdChn_Analog *c = map->config;
+        const float peak = std::max(std::fabs(map->maxValue), std::fabs(map->minValue));
+        const float r = (peak - c->b) / c->a / 32766.0f;
+        if (r > 1.0f)
+            c->a *= r;
+    }
+    const bool ascii = qstricmp(fileDesc.fileType.constData(), "ASCII") == 0;
+    CDiskFile out;
+    if (!out.Open(datPath, "wb"))
+        return false;
+    const int analogs = static_cast<int>(analogMaps.size());
+    const int statuses = static_cast<int>(statusMaps.size());
+    const float timeMult = fileDesc.timeMult > 0.0f ? fileDesc.timeMult : 1.0f;
+    auto stampOf = [&](int n) {
+        const double stamp = double(sampleTimes ? sampleTimes[n] : 0) / double(timeMult);
+        return static_cast<int32_t>(std::clamp(stamp, double(INT32_MIN), double(INT32_MAX)));
+    };
+
+    if (ascii) {
+        std::unique_ptr<char[]> line(new (std::nothrow) char[kAsciiLine]);
+        if (!line)
+            return false;
+        for (int n = 0; n < loadedPoints; ++n) {
+            int used = std::snprintf(line.get(), kAsciiLine, "%d,%d", n + 1, stampOf(n));
+            for (int c = 0; c < analogs && used < kAsciiLine - 16; ++c) {
+                const CChnMapAnalog &map = *analogMaps[c];
+                used += std::snprintf(line.get() + used, static_cast<size_t>(kAsciiLine - used), ",%d",
+                                      rawValue(map.Value(n), map.config->a, map.config->b));
+            }
+            for (int c = 0; c < statuses && used < kAsciiLine - 16; ++c)
+                used += std::snprintf(line.get() + used, static_cast<size_t>(kAsciiLine - used), ",%d",
+                                      statusMaps[c]->Bit(n));
+            line[used++] = '\n';
+            out.Write(line.get(), used);
+        }
+    } else {
+        const int words = (statuses + 15) / 16;
+        const int recordSize = (analogs + 4) * 2 + words * 2;
+        std::unique_ptr<unsigned char[]> block(
+            new (std::nothrow) unsigned char[static_cast<size_t>(recordSize) * kSaveRecords]);
+        if (!block)
+            return false;
+        for (int first = 0; first < loadedPoints; first += kSaveRecords) {
+            const int count = std::min(kSaveRecords, loadedPoints - first);
+            std::memset(block.get(), 0, static_cast<size_t>(recordSize) * static_cast<size_t>(count));
+            for (int i = 0; i < count; ++i) {
+                const int n = first + i;
+                unsigned char *record = block.get() + static_cast<size_t>(i) * recordSize;
+                putInt32(record, n + 1);
+                putInt32(record + 4, stampOf(n));
+                for (int c = 0; c < analogs; ++c) {
+                    const CChnMapAnalog &map = *analogMaps[c];
+                    const int raw = rawValue(map.Value(n), map.config->a, map.config->b);
+                    putInt16(record + 8 + 2 * c, std::clamp(raw, -32768, 32767));
+                }
+                unsigned char *status = record + 8 + 2 * analogs;
+                for (int c = 0; c < statuses; ++c) {
+                    if (statusMaps[c]->Bit(n))
+                        status[(c >> 4) * 2 + ((c & 15) >> 3)] |= static_cast<unsigned char>(1u << (c & 7));
+                }
+            }
+            out.Write(block.get(), recordSize * count);
+        }
+    }
+    return out.GetLength() > 0;
+}
+
+bool CCmtd99File::SaveFile(const char *path)
+{
+    const QByteArray base = CmtdBasePath(path);
+    if (!SaveDat((base + ".dat").constData(), 0, 0))
+        return false;
+    return SaveCfg((base + ".cfg").constData());
+}
