@@ -34,7 +34,7 @@ void setCell(QTableWidget *table, int row, int column, const QString &text, bool
 
 QString numberText(float value)
 {
-    return QString::number(double(value), 'g', 9);
+    return QString::number(double(value), 'g', 7); // the digits a 32-bit float holds
 }
 
 void addMessages(QTableWidget *table, const QString &source, const LoadMessageList &messages)

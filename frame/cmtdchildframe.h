@@ -22,6 +22,9 @@ public:
     QString titleText() const;
 
 private:
+    void loadSamples(const QByteArray &path);
+    void showSpan();
+
     CCmtdChildContainerCfg *m_cfgContainer = nullptr;
     CCmtd99File m_file;
 };
