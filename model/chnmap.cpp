@@ -2,8 +2,33 @@
 
 #include "cmtdchannel.h"
 
+#include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
+
+#if defined(__linux__)
+#include <sys/mman.h>
+#endif
+
+void *AllocateSamples(size_t count, size_t size)
+{
+    if (count == 0)
+        count = 1;
+    void *memory = std::calloc(count, size);
+#if defined(__linux__) && defined(MADV_HUGEPAGE)
+    constexpr size_t kHuge = size_t(2) << 20;
+    const size_t bytes = count * size;
+    if (memory && bytes >= 2 * kHuge) {
+        const auto start = (reinterpret_cast<uintptr_t>(memory) + kHuge - 1) & ~(kHuge - 1);
+        const auto end = (reinterpret_cast<uintptr_t>(memory) + bytes) & ~(kHuge - 1);
+        if (end > start)
+            madvise(reinterpret_cast<void *>(start), end - start, MADV_HUGEPAGE);
+    }
+#endif
+    return memory;
+}
 
 CChnMapBase::~CChnMapBase()
 {
@@ -93,7 +118,7 @@ bool CChnMapAnalog::allocate(int points)
     destroy();
     if (points < 0)
         return false;
-    samples = std::calloc(static_cast<size_t>(points > 0 ? points : 1), sizeof(float));
+    samples = AllocateSamples(static_cast<size_t>(points), sizeof(float));
     if (!samples)
         return false;
     sampleCount = points;
@@ -221,7 +246,7 @@ bool CChnMapStatus::allocate(int points)
     if (points < 0)
         return false;
     const size_t words = (static_cast<size_t>(points) + 31) / 32;
-    samples = std::calloc(words > 0 ? words : 1, sizeof(uint32_t));
+    samples = AllocateSamples(words, sizeof(uint32_t));
     if (!samples)
         return false;
     sampleCount = points;
@@ -269,12 +294,27 @@ void CChnMapStatus::BuildChangeList(int points)
     changeListBuilt = true;
     changes.clear();
     const int last = std::min(points, sampleCount);
-    int before = Bit(0);
-    for (int n = 1; n < last && static_cast<int>(changes.size()) < kMaxChanges; ++n) {
-        const int bit = Bit(n);
-        if (bit != before)
-            changes.push_back(StatusChange{n, static_cast<uint8_t>(bit)});
-        before = bit;
+    // Changes are found a word at a time: a bit differs from the one before it where the word
+    // and the word shifted by one sample differ.
+    const uint32_t *words = Words();
+    uint32_t carry = words ? (words[0] & 1u) : 0u;
+    for (int w = 0; words && w * 32 < last && static_cast<int>(changes.size()) < kMaxChanges; ++w) {
+        uint32_t word = words[w];
+        const int valid = std::min(32, last - w * 32);
+        if (valid < 32)
+            word &= (1u << valid) - 1u;
+        uint32_t changed = word ^ ((word << 1) | carry);
+        if (valid < 32)
+            changed &= (1u << valid) - 1u;
+        if (w == 0)
+            changed &= ~1u; // the first sample has nothing before it
+        carry = (word >> 31) & 1u;
+        if (valid < 32)
+            carry = (word >> (valid - 1)) & 1u;
+        for (; changed && static_cast<int>(changes.size()) < kMaxChanges; changed &= changed - 1) {
+            const int bit = std::countr_zero(changed);
+            changes.push_back(StatusChange{w * 32 + bit, static_cast<uint8_t>((word >> bit) & 1u)});
+        }
     }
 
     // A pulse shorter than two samples is a contact bounce or a converter glitch: fill it in

@@ -7,6 +7,11 @@
 
 class CmtdChn_Analog;
 class CmtdChn_Base;
+
+// Zeroed memory for a sample array (free with std::free). Large arrays are marked for huge
+// pages where the system offers them, so that filling 400 MB of samples costs a few hundred
+// page faults rather than a hundred thousand.
+void *AllocateSamples(size_t count, size_t size);
 class CmtdChn_Status;
 
 // The sample store and display record of one channel. The recording holds one per channel,

@@ -9,6 +9,7 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <bit>
 #include <climits>
 #include <cmath>
 #include <cstdlib>
@@ -22,6 +23,7 @@ constexpr int kMaxBlock = 4 << 20;   // largest read of the binary loader
 constexpr int kCopyBuffer = 2 << 20; // piece size when joining numbered parts
 constexpr int kSaveRecords = 1024;   // records per write of the binary writer
 constexpr int kAsciiLine = 128 << 10;
+constexpr int kRun = 256; // records decoded together, small enough for the cache
 
 inline int32_t readInt32(const unsigned char *p)
 {
@@ -104,6 +106,10 @@ private:
     void decideMode();
     void convert(int n);
     void takeStatus(int channel, int n, int bit);
+    void markShifting(int channel);
+    void takeAnalogRun(int c, const unsigned char *first, int stride, int n0, int count);
+    void takeStatusWords(const unsigned char *status, int words, int statuses, int n, uint16_t *lastWords);
+    void storeExtremes();
     void finish();
 
     int64_t scaled(int64_t stamp) const
@@ -116,11 +122,14 @@ private:
     ProgressFn m_fn;
     void *m_context;
     int m_step = INT_MAX;
+    int m_countdown = INT_MAX;
 
     // Per channel, prepared before the loop so that nothing is looked up per sample.
     std::vector<float *> m_values;
     std::vector<double> m_gain;
     std::vector<double> m_offset;
+    std::vector<float> m_max; // running extremes, stored back into the maps at the end
+    std::vector<float> m_min;
     std::vector<uint32_t *> m_bits;
     std::vector<uint8_t> m_lastBit;
 
@@ -143,6 +152,8 @@ bool CDatLoader::prepare()
         m_values.push_back(map->Values());
         m_gain.push_back(map->gain);
         m_offset.push_back(map->offset);
+        m_max.push_back(map->maxValue);
+        m_min.push_back(map->minValue);
     }
     for (const auto &map : m_file.statusMaps)
         m_bits.push_back(map->Words());
@@ -156,6 +167,7 @@ int CDatLoader::startProgress()
     m_step = m_fn ? m_fn(m_context, 8, m_file.pointCount, 0) : INT_MAX;
     if (m_step < 1)
         m_step = 1; // a step of 0 would divide by zero; the caller must give a positive one
+    m_countdown = m_step;
     return m_step;
 }
 
@@ -170,7 +182,11 @@ bool CDatLoader::cancelled()
 
 void CDatLoader::report(int done)
 {
-    if (m_fn && done % m_step == m_step - 1)
+    // Every `step` samples, at done % step == step - 1, counted down rather than divided.
+    if (--m_countdown > 0)
+        return;
+    m_countdown = m_step;
+    if (m_fn)
         m_fn(m_context, 10, m_file.pointCount, done);
 }
 
@@ -270,22 +286,77 @@ void CDatLoader::convert(int n)
         m_file.triggerIndex = n;
 }
 
+void CDatLoader::markShifting(int channel)
+{
+    CChnMapStatus &map = *m_file.statusMaps[channel];
+    if (!(map.flags & CChnMapBase::FlagShifts)) {
+        map.flags |= CChnMapBase::FlagShifts;
+        map.colour = CChnMapStatus::kShiftColour;
+    }
+}
+
 inline void CDatLoader::takeStatus(int channel, int n, int bit)
 {
     if (bit)
         m_bits[channel][n >> 5] |= 1u << (n & 31);
-    if (n > 0 && bit != m_lastBit[channel]) {
-        CChnMapStatus &map = *m_file.statusMaps[channel];
-        if (!(map.flags & CChnMapBase::FlagShifts)) {
-            map.flags |= CChnMapBase::FlagShifts;
-            map.colour = CChnMapStatus::kShiftColour;
-        }
-    }
+    if (n > 0 && bit != m_lastBit[channel])
+        markShifting(channel);
     m_lastBit[channel] = static_cast<uint8_t>(bit);
+}
+
+void CDatLoader::takeAnalogRun(int c, const unsigned char *first, int stride, int n0, int count)
+{
+    const double gain = m_gain[c];
+    const double offset = m_offset[c];
+    float high = m_max[c];
+    float low = m_min[c];
+    float *out = m_values[c] + n0;
+    for (int r = 0; r < count; ++r, first += stride) {
+        const auto v = static_cast<float>(readInt16(first) * gain + offset);
+        out[r] = v;
+        if (v > high)
+            high = v;
+        else if (v < low)
+            low = v;
+    }
+    m_max[c] = high;
+    m_min[c] = low;
+}
+
+void CDatLoader::takeStatusWords(const unsigned char *status, int words, int statuses, int n,
+                                 uint16_t *lastWords)
+{
+    // Only the bits that are on are set, and only channels whose bit differs from the sample
+    // before are looked at for the change flag.
+    for (int w = 0; w < words; ++w) {
+        const uint16_t word = readUInt16(status + w * 2);
+        for (uint32_t on = word; on; on &= on - 1) {
+            const int c = w * 16 + std::countr_zero(on);
+            if (c < statuses)
+                m_bits[c][n >> 5] |= 1u << (n & 31);
+        }
+        if (n > 0) {
+            for (uint32_t changed = word ^ lastWords[w]; changed; changed &= changed - 1) {
+                const int c = w * 16 + std::countr_zero(changed);
+                if (c < statuses)
+                    markShifting(c);
+            }
+        }
+        lastWords[w] = word;
+    }
+}
+
+void CDatLoader::storeExtremes()
+{
+    for (size_t c = 0; c < m_file.analogMaps.size(); ++c) {
+        m_file.analogMaps[c]->maxValue = m_max[c];
+        m_file.analogMaps[c]->minValue = m_min[c];
+    }
 }
 
 void CDatLoader::finish()
 {
+    storeExtremes();
     if (m_file.loadedPoints < 1)
         return;
     if (m_mode == ModeDerived) {
@@ -328,29 +399,39 @@ int CDatLoader::loadBinary(const char *path)
     }
     startProgress();
     const int statusOffset = 8 + analogs * 2;
+    std::vector<uint16_t> lastWords(static_cast<size_t>(words), 0);
     for (;;) {
         if (cancelled())
             break;
         const int got = dat.ReadSome(block.get(), static_cast<int>(blockSize));
         const int records = got > 0 ? got / recordSize : 0;
-        for (int r = 0; r < records; ++r) {
-            const unsigned char *record = block.get() + static_cast<size_t>(r) * recordSize;
-            const int n = file.loadedPoints;
-            report(n);
-            if (tooLong())
+        // The block is decoded in runs of records small enough to stay in the cache: first the
+        // times and states record by record, then each analog channel over the whole run, so
+        // that every store is written in one sequential stretch.
+        for (int first = 0; first < records; first += kRun) {
+            const unsigned char *run = block.get() + static_cast<size_t>(first) * recordSize;
+            const int count = std::min(kRun, records - first);
+            const int n0 = file.loadedPoints;
+            int usable = count;
+            for (int r = 0; r < count; ++r) {
+                const int n = n0 + r;
+                report(n);
+                if (n >= file.pointCount) {
+                    usable = r;
+                    break;
+                }
+                const unsigned char *record = run + static_cast<size_t>(r) * recordSize;
+                takeTime(n, readInt32(record + 4));
+                takeStatusWords(record + statusOffset, words, statuses, n, lastWords.data());
+            }
+            for (int c = 0; c < analogs; ++c)
+                takeAnalogRun(c, run + 8 + 2 * c, recordSize, n0, usable);
+            file.loadedPoints = n0 + usable;
+            if (usable < count) {
+                tooLong();
+                storeExtremes();
                 return file.loadedPoints; // the closing step is left to the caller's job
-            takeTime(n, readInt32(record + 4));
-            const unsigned char *value = record + 8;
-            for (int c = 0; c < analogs; ++c, value += 2) {
-                const auto v = static_cast<float>(readInt16(value) * m_gain[c] + m_offset[c]);
-                m_values[c][n] = v;
-                file.analogMaps[c]->takeExtreme(v);
             }
-            for (int c = 0; c < statuses; ++c) {
-                const uint16_t word = readUInt16(record + statusOffset + (c >> 4) * 2);
-                takeStatus(c, n, (word >> (c & 15)) & 1);
-            }
-            ++file.loadedPoints;
         }
         if (got < blockSize)
             break;
@@ -384,7 +465,8 @@ int CDatLoader::loadAscii(const char *path)
     for (;;) {
         const int n = file.loadedPoints;
         if (n % m_step == m_step - 1) {
-            report(n);
+            if (m_fn)
+                m_fn(m_context, 10, file.pointCount, n);
             if (cancelled())
                 break;
         }
@@ -396,13 +478,18 @@ int CDatLoader::loadAscii(const char *path)
         const int count = SplitFields(text, fields.get(), total + 6, ',');
         if (count < needed)
             continue;
-        if (tooLong())
+        if (tooLong()) {
+            storeExtremes();
             return file.loadedPoints;
+        }
         takeTime(n, std::atoi(fields[1]));
         for (int c = 0; c < analogs; ++c) {
             const auto v = static_cast<float>(std::atoi(fields[2 + c]) * m_gain[c] + m_offset[c]);
             m_values[c][n] = v;
-            file.analogMaps[c]->takeExtreme(v);
+            if (v > m_max[c])
+                m_max[c] = v;
+            else if (v < m_min[c])
+                m_min[c] = v;
         }
         for (int c = 0; c < statuses; ++c)
             takeStatus(c, n, std::atoi(fields[2 + analogs + c]) & 1);
@@ -476,7 +563,7 @@ bool CCmtd99File::LoadDat(const char *path, ProgressFn fn, void *context)
     }
 
     std::free(sampleTimes);
-    sampleTimes = static_cast<int64_t *>(std::calloc(static_cast<size_t>(pointCount), sizeof(int64_t)));
+    sampleTimes = static_cast<int64_t *>(AllocateSamples(static_cast<size_t>(pointCount), sizeof(int64_t)));
     if (!sampleTimes) {
         AddDatMessage(CmtdMessage("Memory is not enough to load [DAT] file!"));
         return false;

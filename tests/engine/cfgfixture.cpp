@@ -1,0 +1,60 @@
+#include "cfgfixture.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <fstream>
+#include <sstream>
+
+namespace {
+
+// Recorders stamp in their own local time and the reader hands the stamps to mktime. Pin the
+// zone so that the expected instants do not depend on the machine that runs the suite.
+class UtcZone : public ::testing::Environment
+{
+public:
+    void SetUp() override
+    {
+        setenv("TZ", "UTC", 1);
+        tzset();
+    }
+};
+[[maybe_unused]] ::testing::Environment *const utcZone = ::testing::AddGlobalTestEnvironment(new UtcZone);
+
+} // namespace
+
+std::string TempRecording::path(const char *name) const
+{
+    return dir.filePath(QString::fromUtf8(name)).toStdString();
+}
+
+std::string TempRecording::write(const char *name, const std::vector<std::string> &lines, const char *eol,
+                                 bool lastLineEnded) const
+{
+    const std::string full = path(name);
+    std::ofstream out(full, std::ios::binary);
+    for (size_t i = 0; i < lines.size(); ++i) {
+        out << lines[i];
+        if (lastLineEnded || i + 1 < lines.size())
+            out << eol;
+    }
+    return full;
+}
+
+std::string TempRecording::read(const char *name) const
+{
+    std::ifstream in(path(name), std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+std::vector<std::string> MessageLines(const LoadMessageList &messages)
+{
+    std::vector<std::string> lines;
+    for (const LoadMessage &message : messages)
+        lines.push_back(std::to_string(message.line) + ": " + message.text.toStdString());
+    return lines;
+}
