@@ -39,6 +39,31 @@ int RunConvert(int argc, char **argv)
         return ExitCodeOf(outcome);
     if (form)
         file.fileDesc.fileType = form;
+    // The stores hold secondary values without unit prefix, while the writer divides by the
+    // channel's own multiplier only. Bring each store back to the file's own quantities first,
+    // so that a converted recording reads back with the values it had.
+    for (const auto &map : file.analogMaps) {
+        const CmtdChn_Analog &c = *map->config;
+        const double fileScale = c.a != 0.0f ? map->gain / double(c.a) : 1.0;
+        if (fileScale == 1.0 || fileScale == 0.0)
+            continue;
+        float *values = map->Values();
+        for (int n = 0; n < map->sampleCount; ++n)
+            values[n] = static_cast<float>(double(values[n]) / fileScale);
+        map->RecalcExtremes();
+    }
+    // The segment lines come from the effective segments, which a recording relying on its
+    // stamps has derived from them; the count line must announce as many.
+    file.fileDesc.rateCount = static_cast<int16_t>(file.segments.size());
+    // The writer keeps stamps relative to the trigger. Where the recording starts at or after
+    // its trigger, such stamps would read back as counted from the start and shift by start
+    // minus trigger; count them from the start instead, which reads back to the same times.
+    if (file.loadedPoints > 0 && file.sampleTimes[0] >= 0) {
+        const int64_t delay =
+            file.fileDesc.triggerTime.ToMicroseconds() - file.fileDesc.startTime.ToMicroseconds();
+        for (int n = 0; n < file.loadedPoints; ++n)
+            file.sampleTimes[n] += delay;
+    }
     if (!file.SaveFile(paths[1])) {
         std::fprintf(stderr, "veldrix-cli convert: could not write %s\n", paths[1]);
         return 1;

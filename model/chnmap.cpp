@@ -323,7 +323,9 @@ void CChnMapStatus::BuildChangeList(int points)
     for (size_t i = 1; i < changes.size(); ++i) {
         const StatusChange &previous = changes[i - 1];
         if (changes[i].sample - previous.sample < 2) {
-            const int restore = previous.value ? 0 : 1;
+            // The state before the pulse, as the bits stand now: an earlier pulse of a burst
+            // has already been filled in.
+            const int restore = Bit(previous.sample - 1);
             for (int n = previous.sample; n < changes[i].sample; ++n)
                 SetBit(n, restore);
             removed[i - 1] = true;
