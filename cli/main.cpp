@@ -3,6 +3,7 @@
 
 #include "convertverb.h"
 #include "infoverb.h"
+#include "phasorsverb.h"
 #include "samplesverb.h"
 
 #include <QCoreApplication>
@@ -21,6 +22,9 @@ void printUsage(FILE *out)
                       "  samples --json PATH [--from N] [--to M] [--channel A<n>|D<n>]... [--progress]\n"
                       "      the samples as stored: times in microseconds from the trigger, analog values\n"
                       "      scaled to secondary quantities without unit prefix, status bits\n"
+                      "  phasors --json PATH --at SAMPLE [--dft-method rectSin|rectCos|trapSin|trapCos]\n"
+                      "          [--dft-win prev|cent|next] [--phcomp] [--primary]\n"
+                      "      fundamental phasor, effective values and read-out of every analog channel\n"
                       "  convert PATH OUT [--ascii|--binary] [--progress]\n"
                       "      write the recording (data and configuration file) under a new name\n");
 }
@@ -39,6 +43,8 @@ int main(int argc, char **argv)
         return RunInfo(argc - 2, argv + 2);
     if (std::strcmp(verb, "samples") == 0)
         return RunSamples(argc - 2, argv + 2);
+    if (std::strcmp(verb, "phasors") == 0)
+        return RunPhasors(argc - 2, argv + 2);
     if (std::strcmp(verb, "convert") == 0)
         return RunConvert(argc - 2, argv + 2);
     if (std::strcmp(verb, "--help") == 0 || std::strcmp(verb, "help") == 0) {

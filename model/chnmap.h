@@ -94,6 +94,8 @@ public:
     }
 
     int16_t Class() const { return chnClass; }
+    // AC voltage and current, and virtual channels that are periodic, have phasors.
+    bool IsAC() const { return chnClass == ClassACV || chnClass == ClassACC || periodic; }
     int16_t Phase() const { return static_cast<int16_t>(phase); }
     const ChnUnit &Unit() const { return unit; }
 
@@ -114,6 +116,8 @@ public:
     float absMax = 0.0f;
     float vScale = 1.0f;
     int16_t chnClass = 0;
+    bool periodic = false; // a virtual channel whose curve is periodic
+    bool direct = false;   // a virtual channel whose samples already are the values shown
     // raw × gain + offset, in double precision, gives the stored value.
     double gain = 1.0;
     double offset = 0.0;

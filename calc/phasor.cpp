@@ -1,0 +1,348 @@
+#include "phasor.h"
+
+#include "chnmap.h"
+#include "cmtd99file.h"
+#include "globalsettings.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace {
+
+// Two pi as the nearest 32-bit float; its small phase error is part of every phasor.
+constexpr float kTwoPiF = 6.2831855f;
+// 20 ms as a 32-bit float: one 50 Hz cycle, whatever the rated frequency.
+constexpr float kCycle50 = 0.02f;
+
+// sin(j·k·w) and cos(j·k·w) for j = 0 .. N-1, w = 2π/N with the float two pi: exactly the
+// values a per-term evaluation gives, kept for the (N, k) pairs used lately on this thread.
+struct TrigTable
+{
+    int n = 0;
+    int k = 0;
+    std::vector<double> sine;
+    std::vector<double> cosine;
+};
+
+const TrigTable &trigTable(int n, int k)
+{
+    constexpr int kSlots = 8;
+    thread_local TrigTable tables[kSlots];
+    thread_local int next = 0;
+    for (const TrigTable &table : tables) {
+        if (table.n == n && table.k == k)
+            return table;
+    }
+    TrigTable &table = tables[next];
+    next = (next + 1) % kSlots;
+    table.n = n;
+    table.k = k;
+    table.sine.resize(static_cast<size_t>(n));
+    table.cosine.resize(static_cast<size_t>(n));
+    const double w = double(kTwoPiF) / n;
+    for (int j = 0; j < n; ++j) {
+        const double angle = double(j * k) * w;
+        table.sine[size_t(j)] = std::sin(angle);
+        table.cosine[size_t(j)] = std::cos(angle);
+    }
+    return table;
+}
+
+int roundedCycle50(float rate)
+{
+    const float span = rate * kCycle50;
+    return static_cast<int>(double(span) + 0.5);
+}
+
+} // namespace
+
+float RatedFreq(const CChnMapAnalog &chn)
+{
+    const float f = chn.config ? chn.config->ratedFreq : 0.0f;
+    return f >= 1.0f ? f : 50.0f;
+}
+
+int PointsPerCycle(float rate, float freq)
+{
+    return static_cast<int>(double(rate) / double(freq) + 0.5);
+}
+
+ComplexD DftPhasorMethod(int method, const float *x, int count, int harmonic, int step)
+{
+    ComplexD out;
+    if (!x || count < 1 || step < 1)
+        return out;
+    const int n = count / step;
+    if (n < 1)
+        return out;
+    const TrigTable &t = trigTable(n, harmonic);
+    const double *sine = t.sine.data();
+    const double *cosine = t.cosine.data();
+    double s = 0.0;
+    double c = 0.0;
+    if (method == 2 || method == 3) {
+        // Each sample pairs with the next at the angle of the right-hand one; the pair that
+        // would close the cycle is left out.
+        for (int i = 0; i + 1 < n; ++i) {
+            const float pair = x[i * step] + x[(i + 1) * step];
+            s += sine[i + 1] * pair;
+            c += cosine[i + 1] * pair;
+        }
+        if (method == 2) {
+            out.re = s / n;
+            out.im = c / n;
+        } else {
+            out.re = c / n;
+            out.im = -(s / n);
+        }
+        return out;
+    }
+    for (int i = 0; i < n; ++i) {
+        const double v = x[i * step];
+        s += sine[i] * v;
+        c += cosine[i] * v;
+    }
+    if (method == 1) {
+        out.re = 2 * c / n;
+        out.im = -(2 * s / n);
+    } else {
+        out.re = 2 * s / n;
+        out.im = 2 * c / n;
+    }
+    return out;
+}
+
+ComplexD DftPhasor(const float *samples, int count, int harmonic, int step)
+{
+    const int method = dftMethod >= 0 && dftMethod <= 3 ? dftMethod : 0;
+    return DftPhasorMethod(method, samples, count, harmonic, step);
+}
+
+double Effective(const ComplexD &p)
+{
+    return std::sqrt((p.re * p.re + p.im * p.im) * 0.5);
+}
+
+int DftWindowShift(int n)
+{
+    switch (dftWin) {
+    case 0:
+        return n;
+    case 1:
+        return n / 2;
+    default:
+        return 0;
+    }
+}
+
+int DftWindowStart(int index, int n, const RateSegment &segment, int total)
+{
+    int start = index - DftWindowShift(n);
+    if (start + n > segment.end)
+        start = segment.end - n;
+    if (start < segment.first)
+        start = segment.first;
+    // One sample stays free at the end of the recording.
+    if (start + n >= total)
+        start = start - 1;
+    return start;
+}
+
+bool SegmentUsable(const RateSegment &segment)
+{
+    return segment.rate >= 500.0f && segment.end - segment.first + 1 > roundedCycle50(segment.rate);
+}
+
+bool FindRateSegment(const CCmtd99File &file, int index, RateSegment &segment)
+{
+    for (const SampleSegment &s : file.segments) {
+        if (s.end > index) {
+            segment.rate = s.rate;
+            segment.first = s.start;
+            segment.end = s.end;
+            return true;
+        }
+    }
+    return false;
+}
+
+bool SegmentWindow(const CCmtd99File &file, float freq, int &index, int &n, int &step, RateSegment &segment)
+{
+    n = 0;
+    step = 0;
+    if (!FindRateSegment(file, index, segment))
+        return false;
+    // A known stretch that is not usable is still given back, with no window length.
+    if (!SegmentUsable(segment))
+        return true;
+    n = PointsPerCycle(segment.rate, freq);
+    step = DecimationStep(n);
+    index = DftWindowStart(index, n, segment, file.loadedPoints);
+    if (segment.end - segment.first + 1 < n)
+        n = 0;
+    return true;
+}
+
+bool ChnSegmentWindow(const CCmtd99File &file, const CChnMapAnalog &chn, int &index, int &n, int &step,
+                      RateSegment &segment)
+{
+    if (!chn.IsAC()) {
+        n = 0;
+        step = 0;
+        return FindRateSegment(file, index, segment);
+    }
+    return SegmentWindow(file, RatedFreq(chn), index, n, step, segment);
+}
+
+int ChnWindowStart(const CCmtd99File &file, float freq, int index)
+{
+    RateSegment segment;
+    if (!FindRateSegment(file, index, segment) || !SegmentUsable(segment))
+        return index;
+    const int n = PointsPerCycle(segment.rate, freq);
+    return DftWindowStart(index, n, segment, file.loadedPoints);
+}
+
+int LowRateMeanAt(const CCmtd99File &file, const RateSegment &segment, const CChnMapAnalog *chn, int index,
+                  double &out)
+{
+    out = 0.0;
+    if (!chn)
+        return NoValue;
+    const int m = roundedCycle50(segment.rate);
+    int stop = index + m;
+    stop = std::min(stop, file.loadedPoints - 1);
+    stop = std::min(stop, segment.end - 1);
+    const int count = std::min(stop - index + 1, m);
+    // Where the window lies outside the samples there is no value to show.
+    if (count < 1 || index < 0 || index + count > chn->sampleCount)
+        return NoValue;
+    out = StridedMean(chn->Values() + index, count, 1);
+    return MeanValue;
+}
+
+int BasePhasorAt(const CCmtd99File &file, const RateSegment *given, const CChnMapAnalog *chn, int &index,
+                 ComplexD &out)
+{
+    out = ComplexD();
+    if (!chn)
+        return NoValue;
+    RateSegment found;
+    if (!given) {
+        if (!FindRateSegment(file, index, found))
+            return NoValue;
+        given = &found;
+    }
+    const RateSegment &segment = *given;
+    const int n = PointsPerCycle(segment.rate, RatedFreq(*chn));
+    if (n < 4) {
+        double mean = 0.0;
+        const int code = LowRateMeanAt(file, segment, chn, index, mean);
+        out.re = mean;
+        return code;
+    }
+    const int step = DecimationStep(n);
+    int stop = index + n;
+    if (stop >= file.loadedPoints)
+        stop = file.loadedPoints - 1;
+    if (stop > segment.end)
+        stop = segment.end;
+    if (stop - segment.first < n)
+        return NoValue;
+    index = stop - n;
+    if (index < segment.first)
+        index = segment.first;
+    if (index < 0 || index + n > chn->sampleCount)
+        return NoValue;
+    out = DftPhasor(chn->Values() + index, n, 1, step);
+    if (PhComp && chn->config && (chn->config->flags & CmtdChn_Analog::CompAngleGiven)) {
+        const double e = Effective(out);
+        out = RotatePhasor(out, PhaseCompAngle(*chn, e));
+    }
+    return PhasorValue;
+}
+
+int RealEffectiveAt(const CCmtd99File &file, const RateSegment *given, const CChnMapAnalog *chn, int index,
+                    double &out)
+{
+    out = 0.0;
+    if (!chn)
+        return NoValue;
+    RateSegment found;
+    if (!given) {
+        if (!FindRateSegment(file, index, found))
+            return NoValue;
+        given = &found;
+    }
+    const RateSegment &segment = *given;
+    float f = chn->IsAC() ? RatedFreq(*chn) : file.fileDesc.lineFreq;
+    if (!(f >= 1.0f))
+        f = 50.0f;
+    const int n = PointsPerCycle(segment.rate, f);
+    int stop = index + n;
+    stop = std::min(stop, file.loadedPoints - 1);
+    stop = std::min(stop, segment.end);
+    if (stop - segment.first < n)
+        return NoValue;
+    const int start = std::max(stop - n, segment.first);
+    if (n < 1 || start < 0 || start + n > chn->sampleCount)
+        return NoValue;
+    out = CycleEffective(chn->Values() + start, n);
+    return EffectiveValue;
+}
+
+double CycleEffective(const float *x, int n)
+{
+    if (!x || n <= 0)
+        return 0.0;
+    double sum = 0.0;
+    for (int i = 0; i < n; ++i)
+        sum += double(x[i]) * double(x[i]);
+    return std::sqrt(sum / n);
+}
+
+double StridedMean(const float *x, int n, int step)
+{
+    if (!x || step < 1)
+        return 0.0;
+    const int c = n / step;
+    if (c < 1)
+        return 0.0;
+    double sum = 0.0;
+    for (int i = 0; i < c; i += step)
+        sum += x[i * step];
+    return sum / c;
+}
+
+double PhaseCompAngle(const CChnMapAnalog &chn, double e)
+{
+    const CmtdChn_Analog *c = chn.config;
+    if (!c || c->angleCount < 1)
+        return 0.0;
+    const int count = std::min(c->angleCount, 3);
+    const double raw = (e - c->b) / c->a;
+    const float cell = (c->max - c->min) / float(2 * c->angleCount);
+    const double place = raw / cell;
+    // Clamped into the table: a raw code beyond its cells reads the nearest entry.
+    int slot = std::isfinite(place) ? static_cast<int>(std::clamp(place, -1.0, double(count))) : 0;
+    slot = std::clamp(slot, 0, count - 1);
+    return c->compAngle[slot];
+}
+
+ComplexD RotatePhasor(const ComplexD &phasor, double angle)
+{
+    ComplexD out = phasor;
+    return out.divide(ComplexD{std::cos(-angle), std::sin(-angle)});
+}
+
+void SymmetricalParts(const ComplexD &A, const ComplexD &B, const ComplexD &C, ComplexD &zero,
+                      ComplexD &positive, ComplexD &negative)
+{
+    const double third = 0.3333333333333333;
+    const ComplexD a{-0.5, std::sqrt(3.0) * 0.5};
+    const ComplexD a2{-0.5, -std::sqrt(3.0) * 0.5};
+    zero = (A + B + C).scaled(third);
+    positive = (A + a * B + a2 * C).scaled(third);
+    negative = (A + a2 * B + a * C).scaled(third);
+}
