@@ -184,7 +184,8 @@ bool CCmtd99File::ReadAnalogLine(char *fields[], int count, int &result)
         AddCfgMessage(CmtdMessage("Lossing parameters of analog channel! (<10)"));
         return true;
     }
-    int index = std::atoi(fields[0]);
+    // The record keeps a 16-bit index; compare what it will hold.
+    int index = static_cast<int16_t>(std::atoi(fields[0]));
     if (FindAnalogChannel(index)) {
         AddCfgMessage(CmtdMessage("The index [idx_cfg=%d] of analog channel overlaped!", index));
         index += kDuplicateAnalogOffset;
@@ -231,7 +232,7 @@ bool CCmtd99File::ReadStatusLine(char *fields[], int count, int &result)
         AddCfgMessage(CmtdMessage("Lossing parameters of analog channel! (<3)"));
         return true;
     }
-    const int index = std::atoi(fields[0]);
+    const int index = static_cast<int16_t>(std::atoi(fields[0]));
     if (FindStatusChannel(index)) {
         AddCfgMessage(CmtdMessage("The index [idx_cfg=%d] of status channel overlaped!", index));
         return true;

@@ -1,5 +1,6 @@
 #include "cmtdtypes.h"
 
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -39,9 +40,13 @@ bool parseStamp(const char *text, RecordTime &time, bool dayFirst)
         return false;
     const long fraction = std::atol(++p);
 
+    // A month of INT_MIN has no month before it; such a stamp is no date at all.
+    const int month = dayFirst ? second : first;
+    if (month == INT_MIN)
+        return false;
     std::tm fields{};
     fields.tm_mday = dayFirst ? first : second;
-    fields.tm_mon = (dayFirst ? second : first) - 1;
+    fields.tm_mon = month - 1;
     fields.tm_year = yearSince1900(year);
     fields.tm_hour = hour;
     fields.tm_min = minute;

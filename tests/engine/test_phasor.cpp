@@ -1,0 +1,262 @@
+// Phasors and effective values: the kernels against their per-term definition, bit for bit,
+// the window rules at segment and recording ends, and the read-outs built from them.
+
+#include "chntext.h"
+#include "cmtd99file.h"
+#include "cursorvalue.h"
+#include "globalsettings.h"
+#include "phasor.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <memory>
+#include <vector>
+
+namespace {
+
+// A recording built in memory: one or more rate segments and analog channels of given samples.
+class MemoryRecording
+{
+public:
+    MemoryRecording(std::vector<std::pair<float, int>> rates)
+    {
+        int start = 0;
+        for (size_t i = 0; i < rates.size(); ++i) {
+            SampleSegment s;
+            s.index = static_cast<int16_t>(i + 1);
+            s.rate = rates[i].first;
+            s.start = start;
+            s.end = rates[i].second;
+            start = s.end;
+            file.segments.push_back(s);
+        }
+        file.pointCount = file.loadedPoints = start;
+        file.firstFreeChannelIndex = 100;
+    }
+
+    CChnMapAnalog &add(const std::vector<float> &values, const char *unit = "V", float ratedFreq = 50.0f)
+    {
+        auto record = std::make_unique<CmtdChn_Analog>();
+        record->Reset(static_cast<int>(file.analogChannels.size()) + 1);
+        record->ch_id = "UA";
+        record->uu = unit;
+        record->ratedFreq = ratedFreq;
+        record->flags |= CmtdChn_Analog::RatedFreqGiven;
+        file.analogChannels.push_back(std::move(record));
+        auto map = std::make_unique<CChnMapAnalog>(file.analogChannels.back().get());
+        map->allocate(static_cast<int>(values.size()));
+        std::copy(values.begin(), values.end(), map->Values());
+        file.analogMaps.push_back(std::move(map));
+        return *file.analogMaps.back();
+    }
+
+    CCmtd99File file;
+};
+
+std::vector<float> Sine(int count, double rate, double amplitude, double degrees, double freq = 50.0,
+                        double dc = 0.0)
+{
+    std::vector<float> x(static_cast<size_t>(count));
+    for (int i = 0; i < count; ++i)
+        x[size_t(i)] =
+            static_cast<float>(dc + amplitude * std::sin(2 * M_PI * freq * i / rate + degrees * M_PI / 180));
+    return x;
+}
+
+// The kernels as their definition reads, with sine and cosine per term.
+ComplexD Definition(int method, const float *x, int count, int k, int step)
+{
+    const int n = count / step;
+    const double w = double(6.2831855f) / n;
+    double s = 0, c = 0;
+    if (method == 2 || method == 3) {
+        for (int i = 0; i <= n - 2; ++i) {
+            const float pair = x[i * step] + x[(i + 1) * step];
+            s += std::sin(double((i + 1) * k) * w) * pair;
+            c += std::cos(double((i + 1) * k) * w) * pair;
+        }
+        return method == 2 ? ComplexD{s / n, c / n} : ComplexD{c / n, -(s / n)};
+    }
+    for (int i = 0; i < n; ++i) {
+        s += std::sin(double(i * k) * w) * double(x[i * step]);
+        c += std::cos(double(i * k) * w) * double(x[i * step]);
+    }
+    return method == 0 ? ComplexD{2 * s / n, 2 * c / n} : ComplexD{2 * c / n, -(2 * s / n)};
+}
+
+class Phasor : public ::testing::Test
+{
+protected:
+    void SetUp() override { Restore(); }
+    void TearDown() override { Restore(); }
+    static void Restore()
+    {
+        dftMethod = 0;
+        dftWin = 0;
+        PhComp = false;
+    }
+};
+
+} // namespace
+
+TEST_F(Phasor, KernelsMatchTheirDefinitionBitForBit)
+{
+    const std::vector<float> x = Sine(2000, 20000.0, 100.0, 37.0, 50.0, 3.0);
+    const struct
+    {
+        int count, k, step;
+    } windows[] = {{400, 1, 2}, {200, 1, 1}, {200, 3, 1}, {600, 1, 3}, {21, 2, 1}, {399, 1, 1}};
+    for (int method = 0; method < 4; ++method) {
+        dftMethod = method;
+        for (const auto &w : windows) {
+            for (int offset : {0, 17, 1000}) {
+                const ComplexD got = DftPhasor(x.data() + offset, w.count, w.k, w.step);
+                const ComplexD want = Definition(method, x.data() + offset, w.count, w.k, w.step);
+                EXPECT_EQ(got.re, want.re) << method << " " << w.count << " " << w.k;
+                EXPECT_EQ(got.im, want.im) << method << " " << w.count << " " << w.k;
+            }
+        }
+    }
+    dftMethod = 7; // a number without a kernel runs the first
+    const ComplexD fallback = DftPhasor(x.data(), 200, 1, 1);
+    EXPECT_EQ(fallback.re, Definition(0, x.data(), 200, 1, 1).re);
+}
+
+TEST_F(Phasor, SineGivesItsAmplitudeAndAngle)
+{
+    // A sine from the window's first sample: A·cos(p) + j·A·sin(p) with the sine reference.
+    const std::vector<float> x = Sine(400, 10000.0, 100.0, 30.0);
+    const ComplexD p = DftPhasor(x.data(), 200, 1, 1);
+    EXPECT_NEAR(std::hypot(p.re, p.im), 100.0, 1e-4);
+    EXPECT_NEAR(std::atan2(p.im, p.re) * 180 / M_PI, 30.0, 1e-3);
+    EXPECT_NEAR(Effective(p), 100.0 / std::sqrt(2.0), 1e-4);
+    // The trapezoid kernels leak a constant: N - 1 pairs do not close the cycle.
+    dftMethod = 2;
+    const std::vector<float> dc(200, 10.0f);
+    EXPECT_GT(std::fabs(DftPhasor(dc.data(), 200, 1, 1).im), 1e-3);
+    dftMethod = 0;
+    EXPECT_LT(std::fabs(DftPhasor(dc.data(), 200, 1, 1).re), 1e-4);
+}
+
+TEST_F(Phasor, PointsPerCycleUsableSegmentsAndRatedFrequency)
+{
+    EXPECT_EQ(PointsPerCycle(1000.0f, 50.0f), 20);
+    EXPECT_EQ(DecimationStep(20), 1);
+    EXPECT_EQ(DecimationStep(399), 1);
+    EXPECT_EQ(DecimationStep(400), 2);
+    EXPECT_EQ(DecimationStep(600), 3);
+    EXPECT_FALSE(SegmentUsable(RateSegment{499.9f, 0, 100000}));
+    EXPECT_TRUE(SegmentUsable(RateSegment{500.0f, 0, 100000}));
+    // 20 points of a 50 Hz cycle at 1 kHz; one more than the segment holds is counted.
+    EXPECT_FALSE(SegmentUsable(RateSegment{1000.0f, 0, 19}));
+    EXPECT_TRUE(SegmentUsable(RateSegment{1000.0f, 0, 20}));
+
+    MemoryRecording r({{1000.0f, 100}});
+    CChnMapAnalog &half = r.add(std::vector<float>(100, 1.0f), "V", 0.5f);
+    EXPECT_EQ(RatedFreq(half), 50.0f);
+    CChnMapAnalog &nan = r.add(std::vector<float>(100, 1.0f), "V", std::nanf(""));
+    EXPECT_EQ(RatedFreq(nan), 50.0f);
+}
+
+TEST_F(Phasor, WindowsStayInsideTheirSegmentAndOffTheLastSample)
+{
+    const RateSegment segment{1000.0f, 100, 300};
+    EXPECT_EQ(DftWindowStart(150, 20, segment, 1000), 130); // ends at the sample
+    EXPECT_EQ(DftWindowStart(105, 20, segment, 1000), 100); // pushed to the segment's first
+    dftWin = 2;
+    EXPECT_EQ(DftWindowStart(295, 20, segment, 1000), 280); // pushed back from the segment's end
+    dftWin = 1;
+    EXPECT_EQ(DftWindowStart(150, 21, segment, 1000), 140); // centred: (n - 1) / 2 before
+    // A window ending exactly at the last sample of the recording moves one back.
+    dftWin = 0;
+    EXPECT_EQ(DftWindowStart(280, 20, segment, 280), 259);
+
+    // Across a rate change the window never draws from both sides.
+    MemoryRecording r({{1000.0f, 200}, {2000.0f, 600}});
+    int index = 205;
+    int n = 0, step = 0;
+    RateSegment found;
+    dftWin = 0;
+    ASSERT_TRUE(SegmentWindow(r.file, 50.0f, index, n, step, found));
+    EXPECT_EQ(found.first, 200);
+    EXPECT_EQ(n, 40);
+    EXPECT_EQ(index, 200);
+}
+
+TEST_F(Phasor, LowRatesMeansAndCodes)
+{
+    // 500 Hz on a channel rated 1000 Hz: less than 4 points per cycle, a 20 ms mean instead.
+    MemoryRecording r({{500.0f, 100}});
+    std::vector<float> ramp(100);
+    for (int i = 0; i < 100; ++i)
+        ramp[size_t(i)] = float(i);
+    CChnMapAnalog &fast = r.add(ramp, "V", 1000.0f);
+    int index = 10;
+    ComplexD out;
+    EXPECT_EQ(BasePhasorAt(r.file, nullptr, &fast, index, out), MeanValue);
+    EXPECT_DOUBLE_EQ(out.re, 14.5); // samples 10 .. 19
+    EXPECT_EQ(out.im, 0.0);
+    // The strided mean reads with a stride of step² and still divides by n / step.
+    const float x[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
+    EXPECT_DOUBLE_EQ(StridedMean(x, 12, 2), (1.0 + 5.0 + 9.0) / 6.0);
+    EXPECT_DOUBLE_EQ(CycleEffective(x, 2), std::sqrt(2.5));
+}
+
+TEST_F(Phasor, CursorValuesTurnToTheCursorsOwnSample)
+{
+    MemoryRecording r({{10000.0f, 1000}});
+    CChnMapAnalog &u = r.add(Sine(1000, 10000.0, 100.0, 0.0));
+    // At sample 500 the sine stands at 50 Hz × 50 ms = 2.5 cycles: angle 180°.
+    const ChnCursorValue v = ChnCursorValueAt(r.file, u, 500);
+    EXPECT_EQ(v.flags, ChnCursorValue::HasPhasor | ChnCursorValue::HasValue);
+    EXPECT_EQ(v.windowStart, 300);
+    EXPECT_NEAR(std::fabs(std::atan2(v.phasor.im, v.phasor.re) * 180 / M_PI), 180.0, 0.01);
+    EXPECT_NEAR(v.effective, 100.0 / std::sqrt(2.0), 1e-3);
+    EXPECT_EQ(ValueText(u, v, 500, DisplayBaseEffective), "70.711V");
+    const QByteArray withAngle = ValueText(u, v, 500, DisplayBaseEffective | DisplayAngle);
+    EXPECT_TRUE(withAngle.startsWith("70.711V(Ang)")) << withAngle.constData();
+    EXPECT_TRUE(withAngle.endsWith("180.000(Deg)")) << withAngle.constData();
+}
+
+TEST_F(Phasor, SequencesOfABalancedSetAndRotation)
+{
+    const ComplexD a{100.0, 0.0};
+    const ComplexD b = RotatePhasor(a, -2 * M_PI / 3);
+    const ComplexD c = RotatePhasor(a, 2 * M_PI / 3);
+    ComplexD zero, positive, negative;
+    SymmetricalParts(a, b, c, zero, positive, negative);
+    EXPECT_NEAR(std::hypot(zero.re, zero.im), 0.0, 1e-9);
+    EXPECT_NEAR(positive.re, 100.0, 1e-9);
+    EXPECT_NEAR(std::hypot(negative.re, negative.im), 0.0, 1e-9);
+    const ComplexD turned = RotatePhasor(ComplexD{1.0, 0.0}, M_PI / 2);
+    EXPECT_NEAR(turned.re, 0.0, 1e-15);
+    EXPECT_NEAR(turned.im, 1.0, 1e-15);
+}
+
+TEST(ChannelText, NumbersWithPrefixesAndRatios)
+{
+    CmtdChn_Analog record;
+    record.Reset(3);
+    record.ch_id = "Udc";
+    record.uu = "mV";
+    CChnMapAnalog dc(&record);
+    EXPECT_EQ(FormatChannelNumber(dc, 0.01, 0), "10.000mV");
+    EXPECT_EQ(FormatChannelNumber(dc, 1500.0, 0), "1.500kV");
+    EXPECT_EQ(FormatChannelNumber(dc, 2.5e6, 0), "2.500MV");
+
+    CmtdChn_Analog line;
+    line.Reset(1);
+    line.ch_id = "UA";
+    line.uu = "kV";
+    line.primary = 220.0f;
+    line.secondary = 0.1f;
+    line.flags |= CmtdChn_Analog::PrimaryGiven | CmtdChn_Analog::SecondaryGiven | CmtdChn_Analog::PsGiven;
+    CChnMapAnalog ac(&line);
+    EXPECT_EQ(FormatChannelNumber(ac, 57.735, 0), "57.735V");
+    EXPECT_EQ(FormatChannelNumber(ac, 57.735, DisplayPrimary), "127.017kV");
+
+    ChnCursorValue none;
+    EXPECT_EQ(RowText(ac, none, 0, none, 0, DisplayNameAhead), "  1:UA [T1=0.000V][T2=0.000V]");
+    EXPECT_EQ(RowText(ac, none, 0, none, 0, DisplayNoIndex), "[T1=0.000V][T2=0.000V] UA");
+}
