@@ -6,6 +6,7 @@
 #include "cursorvalue.h"
 #include "globalsettings.h"
 #include "phasor.h"
+#include "slidingeval.h"
 
 #include <gtest/gtest.h>
 
@@ -259,4 +260,43 @@ TEST(ChannelText, NumbersWithPrefixesAndRatios)
     ChnCursorValue none;
     EXPECT_EQ(RowText(ac, none, 0, none, 0, DisplayNameAhead), "  1:UA [T1=0.000V][T2=0.000V]");
     EXPECT_EQ(RowText(ac, none, 0, none, 0, DisplayNoIndex), "[T1=0.000V][T2=0.000V] UA");
+}
+
+TEST_F(Phasor, SlidingFrameHoldsWhereNoWindowReaches)
+{
+    // 400 samples at 1 kHz (20 points per cycle), then 100 at 100 Hz, which is too slow.
+    MemoryRecording r({{1000.0f, 400}, {100.0f, 500}});
+    std::vector<float> x(500);
+    for (int i = 0; i < 500; ++i)
+        x[size_t(i)] = float(i);
+    struct First
+    {
+        static float of(void *, const float *samples, int, int) { return samples[0]; }
+    };
+    std::vector<float> out(500, -1.0f);
+    // "prev": the first cycle sees the window pushed to the segment's start.
+    SlidingEvaluate(r.file, 50.0f, x.data(), 500, out.data(), HoldRule::Zero, First::of, nullptr);
+    EXPECT_EQ(out[0], 0.0f);
+    EXPECT_EQ(out[19], 0.0f);
+    EXPECT_EQ(out[25], 5.0f);
+    EXPECT_EQ(out[399], 379.0f);
+    EXPECT_EQ(out[450], 0.0f); // the slow stretch is filled by the curve's rule
+    SlidingEvaluate(r.file, 50.0f, x.data(), 500, out.data(), HoldRule::Last, First::of, nullptr);
+    EXPECT_EQ(out[450], 379.0f);
+
+    // "next": the last cycle of the segment holds the last value written.
+    dftWin = 2;
+    SlidingEvaluate(r.file, 50.0f, x.data(), 500, out.data(), HoldRule::Zero, First::of, nullptr);
+    EXPECT_EQ(out[379], 379.0f);
+    EXPECT_EQ(out[380], 379.0f);
+    EXPECT_EQ(out[399], 379.0f);
+
+    // The phasor series is the cursor's phasor of every sample, bit for bit.
+    dftWin = 0;
+    std::vector<ComplexD> series(500);
+    const std::vector<float> sine = Sine(500, 1000.0, 10.0, 20.0);
+    PhasorSeries(r.file, 50.0f, sine.data(), 500, series.data());
+    const ComplexD direct = DftPhasor(sine.data() + 230, 20, 1, 1);
+    EXPECT_EQ(series[250].re, direct.re);
+    EXPECT_EQ(series[250].im, direct.im);
 }
