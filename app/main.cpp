@@ -1,5 +1,6 @@
-// The process entry: codecs, the options file beside the program, the application object,
-// style, font and language, the main frame, and the recordings named on the command line.
+// The process entry (the main frame registers the compiled-in images): codecs, the options file beside the
+// program, the application object, style, font and language, the main frame, and the recordings named on the
+// command line.
 
 #include "globaloptions.h"
 #include "mainframe.h"
@@ -29,8 +30,6 @@ QByteArray executablePath(const char *argv0)
 
 int main(int argc, char **argv)
 {
-    Q_INIT_RESOURCE(images);
-
     QTextCodec::setCodecForLocale(QTextCodec::codecForLocale());
     setProgramPath(executablePath(argv[0]).constData());
     globalOptions.load();

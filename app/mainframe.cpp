@@ -40,8 +40,14 @@ QString siblingOf(const QString &base, const QString &extension)
 
 } // namespace
 
+static void registerImages()
+{
+    Q_INIT_RESOURCE(images);
+}
+
 CMainFrame::CMainFrame(QWidget *parent) : CMdiMainFrame(parent)
 {
+    registerImages();
     setWindowTitle(QStringLiteral("VELDRIX"));
     setWindowIcon(QIcon(QStringLiteral(":/images/veldrix.svg")));
     lastDirectory = QDir::homePath();
@@ -49,47 +55,76 @@ CMainFrame::CMainFrame(QWidget *parent) : CMdiMainFrame(parent)
 
 void CMainFrame::createActions()
 {
-    m_openAction = new QAction(QIcon(QStringLiteral(":/images/file_open.svg")), QString(), this);
+    m_openAction = new QAction(QIcon(QStringLiteral(":/images/FileOpen.png")), QString(), this);
     m_openAction->setShortcut(QKeySequence::Open);
     connect(m_openAction, &QAction::triggered, this, &CMainFrame::slot_FileOpen);
+    // Joining recordings, the settings path map and the options dialog come with their own
+    // work; until then their entries are shown but cannot be chosen.
+    m_combinAction = new QAction(this);
+    m_combinAction->setEnabled(false);
+    m_infMapAction = new QAction(this);
+    m_infMapAction->setEnabled(false);
+    m_optionsAction = new QAction(this);
+    m_optionsAction->setEnabled(false);
     m_aboutAction = new QAction(this);
     connect(m_aboutAction, &QAction::triggered, this, &CMainFrame::slot_About);
     m_quitAction = new QAction(this);
     m_quitAction->setShortcut(QKeySequence::Quit);
     connect(m_quitAction, &QAction::triggered, this, &QWidget::close);
+    retranslate();
 }
 
 void CMainFrame::createFileMenu()
 {
-    m_fileMenu = menuBar()->addMenu(QString());
-    m_fileMenu->addAction(m_openAction);
-    m_openSeparator = m_fileMenu->addSeparator();
-    m_fileMenu->addSeparator();
-    m_fileMenu->addAction(m_aboutAction);
-    m_fileMenu->addAction(m_quitAction);
-    retranslate();
     updateMenus();
 }
 
 void CMainFrame::retranslate()
 {
-    m_fileMenu->setTitle(tr("File(&F)"));
     m_openAction->setText(tr("Open(&O)..."));
+    m_combinAction->setText(tr("Combin Files(&C)..."));
+    m_infMapAction->setText(tr("Set Auto-ralting Path of TRWK Settings(&M)..."));
+    m_optionsAction->setText(tr("Options(&T)"));
     m_aboutAction->setText(tr("Version(&A)"));
     m_quitAction->setText(tr("Quit(&Q)"));
+    if (m_fileMenu)
+        m_fileMenu->setTitle(tr("File(&F)"));
 }
 
 void CMainFrame::changeEvent(QEvent *event)
 {
-    if (event->type() == QEvent::LanguageChange && m_fileMenu)
+    if (event->type() == QEvent::LanguageChange && m_openAction)
         retranslate();
     CMdiMainFrame::changeEvent(event);
 }
 
 void CMainFrame::updateMenus()
 {
-    if (m_openSeparator)
-        m_openSeparator->setVisible(mdiArea && !mdiArea->subWindowList().isEmpty());
+    if (!m_openAction)
+        return;
+    const int open = mdiArea ? static_cast<int>(mdiArea->subWindowList().size()) : 0;
+    QMenuBar *bar = menuBar();
+    bar->clear();
+    m_fileMenu = bar->addMenu(tr("File(&F)"));
+    FileMenuAnchors anchors;
+    anchors.file = m_fileMenu;
+    m_fileMenu->addAction(m_openAction);
+    anchors.afterOpen = m_fileMenu->addSeparator();
+    anchors.afterOpen->setVisible(open >= 1);
+    m_fileMenu->addAction(m_combinAction);
+    m_combinAction->setVisible(open >= 2);
+    anchors.combin = m_combinAction;
+    m_fileMenu->addSeparator();
+    m_fileMenu->addAction(m_infMapAction);
+    anchors.infMap = m_infMapAction;
+    anchors.afterInfMap = m_fileMenu->addSeparator();
+    m_fileMenu->addAction(m_optionsAction);
+    m_fileMenu->addAction(m_aboutAction);
+    m_fileMenu->addAction(m_quitAction);
+    if (activeChild) {
+        activeChild->buildMenus(bar, anchors);
+        activeChild->updateActions();
+    }
 }
 
 void CMainFrame::openFile(const QString &path)

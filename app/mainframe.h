@@ -15,11 +15,11 @@ public:
     explicit CMainFrame(QWidget *parent = nullptr);
 
     void openFile(const QString &path) override;
+    void updateMenus() override;
 
 protected:
     void createActions() override;
     void createFileMenu() override;
-    void updateMenus() override;
     CMdiChildFrame *createChild(const QString &path) override;
     void changeEvent(QEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
@@ -31,7 +31,9 @@ private:
 
     QMenu *m_fileMenu = nullptr;
     QAction *m_openAction = nullptr;
-    QAction *m_openSeparator = nullptr;
+    QAction *m_combinAction = nullptr;
+    QAction *m_infMapAction = nullptr;
+    QAction *m_optionsAction = nullptr;
     QAction *m_aboutAction = nullptr;
     QAction *m_quitAction = nullptr;
     QString lastDirectory;

@@ -3,9 +3,22 @@
 #include <QMainWindow>
 #include <QString>
 
+class QAction;
 class QMdiArea;
 class QMdiSubWindow;
+class QMenu;
+class QMenuBar;
 class CMdiMainFrame;
+
+// The places in the main frame's File menu where a document frame puts its own entries.
+struct FileMenuAnchors
+{
+    QMenu *file = nullptr;
+    QAction *afterOpen = nullptr;   // entries go right behind "Open(&O)..."
+    QAction *combin = nullptr;      // entries go before "Combin Files(&C)..."
+    QAction *infMap = nullptr;      // entries go before the path map's entry
+    QAction *afterInfMap = nullptr; // entries go behind the path map's entry
+};
 
 // Base of every document inside the main frame: a small main window of its own, so that it
 // can carry tool bars. It deletes itself when closed and tells the main frame.
@@ -18,6 +31,10 @@ public:
 
     // Opens the document; false when it cannot be shown (the frame is then closed).
     virtual bool openFile(const QString &path) = 0;
+    // Puts the document's entries into the File menu and its menus into the menu bar.
+    virtual void buildMenus(QMenuBar *bar, const FileMenuAnchors &anchors) {}
+    // Sets every action's enabled and checked state.
+    virtual void updateActions() {}
     // The canonical path of the document, used to find an already open one.
     const QString &fileName() const { return m_fileName; }
     bool isModified() const { return m_modified; }
@@ -45,10 +62,13 @@ public:
     virtual void childClosed(CMdiChildFrame *child);
     QList<CMdiChildFrame *> children() const;
 
+    // Rebuilds the menu bar for the active document.
+    virtual void updateMenus() {}
+    CMdiChildFrame *activeFrame() const { return activeChild; }
+
 protected:
     virtual void createActions() = 0;
     virtual void createFileMenu() = 0;
-    virtual void updateMenus() {}
     virtual CMdiChildFrame *createChild(const QString &path) = 0;
     void addChild(CMdiChildFrame *child);
     CMdiChildFrame *findChild(const QString &canonicalPath) const;

@@ -50,11 +50,8 @@ void addMessages(QTableWidget *table, const QString &source, const LoadMessageLi
 
 } // namespace
 
-CCmtdChildContainerCfg::CCmtdChildContainerCfg(QWidget *parent) : QMainWindow(parent)
+CCmtdChildContainerCfg::CCmtdChildContainerCfg(CCmtdChildFrame *frame) : CCmtdChildContainer(frame)
 {
-    // A page inside the frame, not a window of its own: it is a main window only to hold
-    // tool bars.
-    setWindowFlags(Qt::Widget);
     m_toolBar = new QToolBar(this);
     m_toolBar->setObjectName(QStringLiteral("CfgViewTabs"));
     m_toolBar->setMovable(false);
@@ -98,7 +95,7 @@ void CCmtdChildContainerCfg::changeEvent(QEvent *event)
         if (m_file)
             showRecording(*m_file);
     }
-    QMainWindow::changeEvent(event);
+    CCmtdChildContainer::changeEvent(event);
 }
 
 void CCmtdChildContainerCfg::retranslate()

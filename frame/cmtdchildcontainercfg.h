@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QMainWindow>
+#include "cmtdchildcontainer.h"
 
 class CCmtd99File;
 class QStackedWidget;
@@ -11,12 +11,12 @@ class QToolBar;
 // The configuration page of a document frame: four read-only tables of what was read from the
 // recording's files — analog channels, status channels, primary devices, and the readers'
 // messages with their line numbers, so that the engineer sees what was repaired or refused.
-class CCmtdChildContainerCfg : public QMainWindow
+class CCmtdChildContainerCfg : public CCmtdChildContainer
 {
     Q_OBJECT
 
 public:
-    explicit CCmtdChildContainerCfg(QWidget *parent = nullptr);
+    explicit CCmtdChildContainerCfg(CCmtdChildFrame *frame);
 
     // Fills every table from the recording.
     void showRecording(const CCmtd99File &file);

@@ -1,29 +1,112 @@
 #include "cmtdchildframe.h"
 
+#include "cmtdchildcontainer.h"
 #include "cmtdchildcontainercfg.h"
 #include "cmtdtext.h"
 #include "globaloptions.h"
+#include "timetext.h"
 
-#include <QApplication>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QFileDialog>
 #include <QFileInfo>
-#include <QProgressDialog>
+#include <QLabel>
+#include <QMessageBox>
+#include <QProgressBar>
+#include <QStackedWidget>
 #include <QStatusBar>
+#include <QTabBar>
+#include <QToolBar>
 
-CCmtdChildFrame::CCmtdChildFrame(CMdiMainFrame *mainFrame) : CMdiChildFrame(mainFrame)
+#include <ctime>
+
+CCmtdChildFrame::CCmtdChildFrame(CMdiMainFrame *mainFrame) : CMdiChildFrame(mainFrame), m_thread(this)
 {
-    setWindowIcon(QIcon(QStringLiteral(":/images/veldrix.svg")));
+    setWindowIcon(QIcon(QStringLiteral(":/images/DocComtrade.png")));
+    createActions();
+    createToolBar();
+
+    auto *pages = new QStackedWidget(this);
+    m_anaContainer = new CCmtdChildContainerAna(this);
     m_cfgContainer = new CCmtdChildContainerCfg(this);
-    setCentralWidget(m_cfgContainer);
+    pages->addWidget(m_anaContainer);
+    pages->addWidget(m_cfgContainer);
+    setCentralWidget(pages);
+    retranslate();
+    slot_PaneTabViewSwitch(0);
+    m_thread.start();
 }
 
-CCmtdChildFrame::~CCmtdChildFrame() = default;
+CCmtdChildFrame::~CCmtdChildFrame()
+{
+    // The recording must outlive any job still running on it: stop and wait first.
+    setBackgroundBit(StateCancel, true);
+    if (m_thread.isRunning()) {
+        m_thread.requestQuit();
+        m_thread.wait();
+    }
+}
+
+void CCmtdChildFrame::setBackgroundBit(uint32_t bit, bool on)
+{
+    if (on)
+        m_backgroundState.fetch_or(bit, std::memory_order_relaxed);
+    else
+        m_backgroundState.fetch_and(~bit, std::memory_order_relaxed);
+}
+
+bool CCmtdChildFrame::submitJob(int kind, void *argument)
+{
+    return m_thread.submit(kind, argument);
+}
+
+void CCmtdChildFrame::createToolBar()
+{
+    m_toolBar = new QToolBar(this);
+    m_toolBar->setAllowedAreas(Qt::TopToolBarArea);
+    m_toolBar->setMovable(false);
+    m_toolBar->setIconSize(QSize(16, 16));
+    addToolBar(Qt::TopToolBarArea, m_toolBar);
+
+    paneTabs = new QTabBar(m_toolBar);
+    paneTabs->addTab(QIcon(QStringLiteral(":/images/TabViewWaveAna.png")), QString());
+    paneTabs->addTab(QIcon(QStringLiteral(":/images/TabViewCmtdCfg.png")), QString());
+    paneTabs->setDrawBase(false);
+    paneTabs->setExpanding(false);
+    connect(paneTabs, &QTabBar::currentChanged, this, &CCmtdChildFrame::slot_PaneTabViewSwitch);
+    m_toolBar->addWidget(paneTabs);
+    m_toolBar->addSeparator();
+
+    unitSelector = new QComboBox(m_toolBar);
+    unitSelector->setMinimumWidth(158);
+    connect(unitSelector, &QComboBox::currentIndexChanged, this, &CCmtdChildFrame::slot_CmbWaveUntSelChanged);
+    m_toolBar->addWidget(unitSelector);
+    m_toolBar->addSeparator();
+
+    labelT1 = new QLabel(m_toolBar);
+    labelT2 = new QLabel(m_toolBar);
+    labelTd = new QLabel(m_toolBar);
+    for (QLabel *label : {labelT1, labelT2, labelTd}) {
+        label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+        label->setContentsMargins(4, 0, 4, 0);
+        m_toolBar->addWidget(label);
+        m_toolBar->addSeparator();
+    }
+    m_progressBar = new QProgressBar(m_toolBar);
+    m_progressBar->setAlignment(Qt::AlignCenter);
+    m_progressBar->setMaximumWidth(220);
+    m_progressBar->setRange(0, 100);
+    m_progressBar->setValue(0);
+    m_toolBar->addWidget(m_progressBar);
+    m_toolBar->addAction(m_actions[ActServerStop]);
+}
 
 bool CCmtdChildFrame::openFile(const QString &path)
 {
     const QFileInfo info(path);
     const QByteArray local = info.absoluteFilePath().toLocal8Bit();
     if (!m_file.LoadFile(local.constData())) {
-        // The messages are all that explain a refusal; show the engineer the first few.
+        // The readers' messages are all that explain a refusal; show the engineer the first few.
         QByteArray reasons;
         int shown = 0;
         for (const LoadMessageList *list : {&m_file.cfgMessages, &m_file.datMessages}) {
@@ -36,66 +119,237 @@ bool CCmtdChildFrame::openFile(const QString &path)
         return false;
     }
     m_fileName = info.canonicalFilePath();
-    loadSamples(local);
-    m_cfgContainer->showRecording(m_file);
-    showSpan();
+    m_modified = false;
     setWindowTitle(titleText());
+    m_cfgContainer->showRecording(m_file);
+    setBackgroundBit(StateLoading, true);
+    submitJob(CCmtdThread::KindLoad);
+
+    unitSelector->blockSignals(true);
+    unitSelector->clear();
+    unitSelector->addItem(tr("[All Device]"), QVariant::fromValue<quintptr>(0));
+    unitSelector->blockSignals(false);
+    updateActions();
     return true;
+}
+
+QString CCmtdChildFrame::currentFileName() const
+{
+    return QFileInfo(m_fileName).fileName();
 }
 
 QString CCmtdChildFrame::titleText() const
 {
     const CmtdFileDescription &d = m_file.fileDesc;
     return CmtdText(d.stationName) + QLatin1Char(' ') + CmtdText(d.recDevId) + QStringLiteral(" - ") +
-           QFileInfo(m_fileName).fileName();
+           currentFileName();
 }
 
-namespace {
-
-// Progress of the sample load in a dialog, until the background worker takes the load over.
-struct LoadProgress
+void CCmtdChildFrame::customEvent(QEvent *event)
 {
-    QProgressDialog *dialog;
-};
+    if (event->type() == CCmtdEventProgress::kType)
+        progressEvent(*static_cast<CCmtdEventProgress *>(event));
+}
 
-int reportLoad(void *context, int code, int total, int current)
+void CCmtdChildFrame::progressEvent(const CCmtdEventProgress &event)
 {
-    auto *progress = static_cast<LoadProgress *>(context);
-    switch (code) {
-    case 8:
-        progress->dialog->setMaximum(total);
-        return total > 100 ? total / 100 : 1;
+    const bool loading = backgroundState() & StateLoading;
+    switch (event.code) {
+    case 1:
+        setBackgroundBit(StateBusy, true);
+        updateActions();
+        break;
+    case 2:
+        finishJob();
+        break;
+    case 3:
+        Q_EMIT displayChanged();
+        break;
+    case 9:
+        m_progressBar->setRange(0, event.a);
+        m_progressBar->setValue(event.b);
+        if (loading)
+            Q_EMIT extentChanged(0);
+        break;
     case 10:
-        progress->dialog->setValue(current + 1);
-        QApplication::processEvents();
-        return 0;
+        m_progressBar->setValue(event.b);
+        // The samples up to this report are in the stores: the waves may show them.
+        if (loading)
+            Q_EMIT extentChanged(event.b + 1);
+        break;
+    case 11:
+        m_progressBar->setValue(m_progressBar->value() + event.b);
+        break;
     default:
-        return progress->dialog->wasCanceled() ? -1 : 0;
+        break;
     }
 }
 
-} // namespace
-
-void CCmtdChildFrame::loadSamples(const QByteArray &path)
+void CCmtdChildFrame::finishJob()
 {
-    QProgressDialog dialog(tr("Loading %1").arg(QFileInfo(QString::fromLocal8Bit(path)).fileName()),
-                           tr("Cancel"), 0, 100, this);
-    dialog.setWindowModality(Qt::WindowModal);
-    dialog.setMinimumDuration(500);
-    LoadProgress progress{&dialog};
-    m_file.LoadDat(path.constData(), reportLoad, &progress);
+    if (backgroundState() & StateLoading) {
+        const int points = m_file.loadedPoints;
+        cursorT1 = m_file.triggerIndex >= 0 ? m_file.triggerIndex : 0;
+        cursorT2 = cursorT1;
+        Q_EMIT extentChanged(points);
+        showSpan();
+        m_cfgContainer->showRecording(m_file);
+        setBackgroundBit(StateLoading, false);
+        if (points < 5) {
+            // A configuration without samples is looked at on its configuration page.
+            m_toolBar->hide();
+            slot_PaneTabViewSwitch(1);
+        } else {
+            if (globalOptions.stateMask & CGlobalOptions::AutoHideStatus0)
+                slot_WaveShowChnHideS0();
+            if (globalOptions.stateMask & CGlobalOptions::ChnNameAhead)
+                displayFlags |= 0x2000000;
+        }
+    }
+    setBackgroundBit(StateBusy, false);
+    m_progressBar->reset();
+    m_progressBar->setRange(0, 100);
+    // The menus follow the recording: with samples come the view and analysis menus.
+    if (mainFrame && mainFrame->activeFrame() == this)
+        mainFrame->updateMenus();
+    updateActions();
+    updateCursorTexts();
 }
 
 void CCmtdChildFrame::showSpan()
 {
     const int points = m_file.loadedPoints;
-    QString text = tr("%1 samples").arg(points);
-    if (points > 0 && m_file.sampleTimes) {
-        const double first = double(m_file.sampleTimes[0]) / 1000.0;
-        const double last = double(m_file.sampleTimes[points - 1]) / 1000.0;
-        text += tr(", %1 ms .. %2 ms from the trigger").arg(first, 0, 'f', 3).arg(last, 0, 'f', 3);
+    if (points < 1 || !m_file.sampleTimes) {
+        m_spanText.clear();
+        statusBar()->showMessage(tr("No samples were loaded"));
+        return;
     }
+    const int64_t span = m_file.sampleTimes[points - 1] - m_file.sampleTimes[0];
+    m_spanText = QStringLiteral("TT[%1](%2Points)").arg(QString::fromLatin1(TimeText(span))).arg(points);
+    QString text = m_spanText;
     for (const SampleSegment &segment : m_file.segments)
         text += tr(" | %1 Hz to sample %2").arg(double(segment.rate), 0, 'g', 9).arg(segment.end);
+    if (isCancelled())
+        text += QLatin1String(" | ") + tr("Cancel this processing by user!");
     statusBar()->showMessage(text);
+}
+
+QString CCmtdChildFrame::absoluteTimeText(const char *label, int sample) const
+{
+    const int points = m_file.loadedPoints;
+    if (points < 1 || !m_file.sampleTimes)
+        return QString();
+    sample = qBound(0, sample, points - 1);
+    const RecordTime &start = m_file.fileDesc.startTime;
+    const int64_t offset = m_file.sampleTimes[sample] - m_file.sampleTimes[0];
+    // The start stamp plus the sample's offset, carried through the calendar.
+    std::tm fields{};
+    fields.tm_year = start.year - 1900;
+    fields.tm_mon = start.month - 1;
+    fields.tm_mday = start.day;
+    fields.tm_hour = start.hour;
+    fields.tm_min = start.minute;
+    fields.tm_isdst = 0;
+    int64_t micro = int64_t(start.second) * 1000000 + start.microsecond + offset;
+    int64_t seconds = micro / 1000000;
+    micro %= 1000000;
+    if (micro < 0) {
+        micro += 1000000;
+        seconds -= 1;
+    }
+    fields.tm_sec = static_cast<int>(seconds);
+    std::mktime(&fields);
+    char text[96];
+    std::snprintf(text, sizeof text, "%s[%04d-%02d-%02d %02d:%02d:%02d.%06d]", label, fields.tm_year + 1900,
+                  fields.tm_mon + 1, fields.tm_mday, fields.tm_hour, fields.tm_min, fields.tm_sec,
+                  int(micro));
+    return QString::fromLatin1(text);
+}
+
+void CCmtdChildFrame::updateCursorTexts()
+{
+    const int points = m_file.loadedPoints;
+    if (points < 5 || !m_file.sampleTimes) {
+        labelT1->clear();
+        labelT2->clear();
+        labelTd->clear();
+        return;
+    }
+    const int t1 = qBound(0, cursorT1, points - 1);
+    const int t2 = qBound(0, cursorT2, points - 1);
+    labelT1->setText(absoluteTimeText("T1", t1));
+    labelT2->setText(absoluteTimeText("T2", t2));
+    const int64_t difference = m_file.sampleTimes[t2] - m_file.sampleTimes[t1];
+    labelTd->setText(QStringLiteral("Td[%1]").arg(
+        QString::fromLatin1(TimeText(difference < 0 ? -difference : difference))));
+}
+
+void CCmtdChildFrame::closeEvent(QCloseEvent *event)
+{
+    // The worker is told to end before anything is asked: a running job stops at its next check.
+    setBackgroundBit(StateClosing | StateCancel, true);
+    m_thread.requestQuit();
+    if (m_modified) {
+        const QMessageBox::StandardButton answer = QMessageBox::warning(
+            this, QString(), tr("'%1' has Modified.\nSave it Now?").arg(currentFileName()),
+            QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
+        if (answer == QMessageBox::Cancel || answer == QMessageBox::Yes) {
+            // Saving the extension file comes with its reader and writer; until then a
+            // modified frame stays open rather than lose the engineer's work.
+            event->ignore();
+            return;
+        }
+    }
+    CMdiChildFrame::closeEvent(event);
+}
+
+void CCmtdChildFrame::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::LanguageChange)
+        retranslate();
+    CMdiChildFrame::changeEvent(event);
+}
+
+void CCmtdChildFrame::slot_PaneTabViewSwitch(int page)
+{
+    if (page < 0 || page > 1)
+        return;
+    auto *pages = qobject_cast<QStackedWidget *>(centralWidget());
+    paneTabs->blockSignals(true);
+    paneTabs->setCurrentIndex(page);
+    paneTabs->blockSignals(false);
+    if (page == m_currentPage)
+        return;
+    if (m_currentPage == 0)
+        m_anaContainer->setFormsVisible(false);
+    m_currentPage = page;
+    pages->setCurrentIndex(page);
+    if (page == 0)
+        m_anaContainer->setFormsVisible(true);
+}
+
+void CCmtdChildFrame::slot_CmbWaveUntSelChanged(int)
+{
+    // Plant units come with the extension file; with "[All Device]" alone every channel shows.
+}
+
+bool CCmtdChildFrame::saveAs(const QString &path)
+{
+    return m_file.SaveFile(path.toLocal8Bit().constData());
+}
+
+void CCmtdChildFrame::slot_FileSaveAs()
+{
+    const QString path =
+        QFileDialog::getSaveFileName(this, QString(), m_fileName, tr("COMTRADE File(*.cfg)"));
+    if (path.isEmpty())
+        return;
+    if (!saveAs(path))
+        reportWarning("%s", tr("Failed to write %1").arg(path).toLocal8Bit().constData());
+}
+
+void CCmtdChildFrame::slot_BtnServerStop()
+{
+    if (m_thread.pendingKind() != CCmtdThread::KindNone)
+        setBackgroundBit(StateCancel, true);
 }

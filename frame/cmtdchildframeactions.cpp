@@ -1,0 +1,330 @@
+// The actions of a document frame: their table, texts, menus, enabled and checked states,
+// and the display toggles.
+
+#include "cmtdchildcontainer.h"
+#include "cmtdchildcontainercfg.h"
+#include "cmtdchildframe.h"
+#include "globalsettings.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QMenu>
+#include <QMenuBar>
+#include <QTabBar>
+#include <QToolBar>
+
+namespace {
+
+struct ActionDef
+{
+    const char *text;
+    const char *image;
+    bool checkable;
+};
+
+// Text, image and checkable state of every action, in the order of CCmtdChildFrame::Action.
+const ActionDef kActions[CCmtdChildFrame::ActionCount] = {
+    {QT_TR_NOOP("Save(&S)..."), "FileSave", false},
+    {QT_TR_NOOP("Save As(&V)..."), "FileSaveAs", false},
+    {QT_TR_NOOP("Cut File(&E)..."), "FileCut", false},
+    {QT_TR_NOOP("Export TRWK Settings(&X)..."), "FileInfExp", false},
+    {QT_TR_NOOP("Import TRWK Settings(&I)..."), "FileInfImp", false},
+    {QT_TR_NOOP("Choose Print Segment(&G)"), "FilePntSel", false},
+    {QT_TR_NOOP("Print Wave(&P)..."), "FilePrint", false},
+    {QT_TR_NOOP("Primary Value(&P)"), "WaveShowValPri", true},
+    {QT_TR_NOOP("Real Effective Value(&R)"), "WaveShowValRms", true},
+    {QT_TR_NOOP("Base Effective Value(&V)"), "WaveShowValHm1", true},
+    {QT_TR_NOOP("Phase Angle(&A)"), "WaveShowValAng", true},
+    {QT_TR_NOOP("Choose Visible Channels(&K)..."), "WaveShowChnPick", false},
+    {QT_TR_NOOP("Reset Channels Order(&O)"), "WaveShowChnReSort", false},
+    {QT_TR_NOOP("Show All Hidded Channels(&S)"), "WaveShowChnShowAll", false},
+    {QT_TR_NOOP("Hide Status Channels that NOT SHIFT(&H)"), "WaveShowChnHideS0", true},
+    {QT_TR_NOOP("Show T0 Cursor(&T0)"), "WaveShowChnShowT0", true},
+    {QT_TR_NOOP("Set Current T1 Cursor At T0'(T&0')"), "WaveShowChnShowT0", false},
+    {QT_TR_NOOP("Show T0' Cursor(&T0')"), "WaveShowChnShowT0", true},
+    {QT_TR_NOOP("Delete T0' Cursor(&D)"), "WaveShowChnShowT0", false},
+    {QT_TR_NOOP("Save Status of Wave View(&U)"), "FileSave", false},
+    {QT_TR_NOOP("Load Status of Wave View(&L)"), "FileOpen", false},
+    {QT_TR_NOOP("Group Overlap(&G)"), "ChnOver", false},
+    {QT_TR_NOOP("Cut to Clipboard(&C)"), "ToolsManClip", true},
+    {QT_TR_NOOP("Add & Manage Marks(&M)"), "ToolsManMark", true},
+    {QT_TR_NOOP("Channels Group setup(&G)"), "ChnGrpSetup", false},
+    {QT_TR_NOOP("Expressions Editor(&E)"), "ToolsExp", true},
+    {QT_TR_NOOP("Line Parameters Testing(&T)"), "ToolLineTst", false},
+    {QT_TR_NOOP("Vector(&V)"), "WaveAnaVec", true},
+    {QT_TR_NOOP("Sequence(&S)"), "WaveAnaSeq", true},
+    {QT_TR_NOOP("Impedance(&R)"), "WaveAnaRX", true},
+    {QT_TR_NOOP("Harmonious(&H)"), "WaveAnaHm", true},
+    {QT_TR_NOOP("Power Curve(&P)"), "WaveAnaPqs", false},
+    {QT_TR_NOOP("Busbar Diff.(&D)"), "WaveAnaBusDiff", true},
+    {QT_TR_NOOP("Status Event List(&E)"), "ChnStatusEvent", true},
+    {QT_TR_NOOP("X-Y Custom Coordinate(&X)"), "CoordinateXY", true},
+    {QT_TR_NOOP("Short Circuit Location with One-end(&S)"), "UntAnaLineSingle", false},
+    {QT_TR_NOOP("Short Circuit Location with Daul-ends(&D)"), "UntAnaLineDouble", false},
+    {QT_TR_NOOP("Auto Analysis(&C)"), "UntAnaLineComplex", false},
+    {QT_TR_NOOP("Power Curve of Trans.(&P)"), "UntAnaTrmPqs", false},
+    {QT_TR_NOOP("U/f Curve of Trans.(&U)"), "UntAnaTrmUf", false},
+    {QT_TR_NOOP("Longitudinal Diff-cur. of Trans.(&D)"), "UntAnaTrmDiff", true},
+    {QT_TR_NOOP("Partial Side Diff-cur. of AutoTrans.(&W)"), "UntAnaTrmDiffCw", true},
+    {QT_TR_NOOP("Zero Sequence Diff-cur. of AutoTrans.(&0)"), "UntAnaTrmDiff0", true},
+    {QT_TR_NOOP("Auto Analysis(&C)"), "UntAnaTrmComplex", true},
+    {QT_TR_NOOP("Power Curve of Generator(&P)"), "UntAnaPwrPqs", false},
+    {QT_TR_NOOP("U/f Curve of Generator(&U)"), "UntAnaPwrUf", false},
+    {QT_TR_NOOP("Power-Angle Curve of Generator(&A)"), "UntAnaPwrAng", false},
+    {QT_TR_NOOP("Exci-Lossing of Generator(&E)"), "UntAnaPwrLossExci", true},
+    {QT_TR_NOOP("Step-Lossing of Generator(&S)"), "UntAnaPwrLossStep", true},
+    {QT_TR_NOOP("P/Q Relation of Generator(&G)"), "UntAnaPwrPqG", true},
+    {QT_TR_NOOP("Complete Longitudinal Diff-cur. of Generator(&D)"), "UntAnaPwrDiff", true},
+    {QT_TR_NOOP("Incomplete Longitudinal Diff-cur. of Generator(&V)"), "UntAnaPwrDiffV", true},
+    {QT_TR_NOOP("Split-Phase Transverse Diff-cur. of Generator(&H)"), "UntAnaPwrDiffH", true},
+    {QT_TR_NOOP("Auto Analysis(&C)"), "UntAnaPwrComplex", true},
+    {QT_TR_NOOP("Complete Longitudinal Diff-cur. of G&T(&T)"), "UntAnaPTGDiff", true},
+    {QT_TR_NOOP("Color Shift"), "BtnShowColor", false},
+    {QT_TR_NOOP("Ahead Channel Name"), "BtnShowNameAhead", true},
+    {QT_TR_NOOP("Dot Mode"), "BtnShowDot", true},
+    {QT_TR_NOOP("Horz Zoom-Out with fixed Scale"), "BtnZoomHorzScaleOut", false},
+    {QT_TR_NOOP("Horz Zoom-In with fixed Scale"), "BtnZoomHorzScaleIn", false},
+    {QT_TR_NOOP("Custom Horz Zoom"), "BtnZoomHorzFreeIn", true},
+    {QT_TR_NOOP("Horz Compress"), "BtnZoomHorzCompressAll", false},
+    {QT_TR_NOOP("Horz Extend"), "BtnZoomHorzExtendRange", false},
+    {QT_TR_NOOP("Channel Vert Zoom with fixed Scale"), "BtnZoomVertScaleInOut", true},
+    {QT_TR_NOOP("Channel Vert Extend"), "BtnZoomVertExtend", true},
+    {QT_TR_NOOP("Horz Zoom Reset"), "BtnZoomHorzReset", false},
+    {QT_TR_NOOP("Vert Zoom Reset"), "BtnZoomVertReset", false},
+    {QT_TR_NOOP("Cancel Background Service"), "BtnStop", false},
+};
+
+} // namespace
+
+void CCmtdChildFrame::createActions()
+{
+    for (int i = 0; i < ActionCount; ++i) {
+        const ActionDef &def = kActions[i];
+        auto *action = new QAction(QIcon(QStringLiteral(":/images/%1.png").arg(QLatin1String(def.image))),
+                                   QString(), this);
+        action->setCheckable(def.checkable);
+        m_actions[i] = action;
+    }
+    // The actions that work now; the others stay disabled until their features are built.
+    const struct
+    {
+        Action id;
+        void (CCmtdChildFrame::*slot)();
+    } working[] = {
+        {ActFileSaveAs, &CCmtdChildFrame::slot_FileSaveAs},
+        {ActValPri, &CCmtdChildFrame::slot_WaveShowValPri},
+        {ActValRms, &CCmtdChildFrame::slot_WaveShowValRms},
+        {ActValHm1, &CCmtdChildFrame::slot_WaveShowValHm1},
+        {ActValAng, &CCmtdChildFrame::slot_WaveShowValAng},
+        {ActChnShowAll, &CCmtdChildFrame::slot_WaveShowChnShowAll},
+        {ActChnHideS0, &CCmtdChildFrame::slot_WaveShowChnHideS0},
+        {ActColorShift, &CCmtdChildFrame::slot_BtnShowColor},
+        {ActNameAhead, &CCmtdChildFrame::slot_BtnShowNameAhead},
+        {ActDotMode, &CCmtdChildFrame::slot_BtnShowDot},
+        {ActZoomVertExtend, &CCmtdChildFrame::slot_BtnZoomVertExtend},
+        {ActServerStop, &CCmtdChildFrame::slot_BtnServerStop},
+    };
+    for (const auto &w : working) {
+        m_actions[w.id]->setProperty("works", true);
+        connect(m_actions[w.id], &QAction::triggered, this, w.slot);
+    }
+    m_actions[ActFileSaveAs]->setShortcut(QKeySequence::SaveAs);
+}
+
+void CCmtdChildFrame::retranslate()
+{
+    for (int i = 0; i < ActionCount; ++i)
+        m_actions[i]->setText(tr(kActions[i].text));
+    paneTabs->setTabText(0, tr("Wave"));
+    paneTabs->setTabText(1, tr("Config"));
+    if (unitSelector->count() > 0)
+        unitSelector->setItemText(0, tr("[All Device]"));
+    // The wave page's tool bar is filled once the page exists.
+    QToolBar *bar = m_anaContainer->toolBar();
+    if (bar->actions().isEmpty()) {
+        const std::initializer_list<std::initializer_list<Action>> groups = {
+            {ActValPri, ActValRms, ActValHm1, ActValAng},
+            {ActChnPick, ActChnReSort, ActChnShowAll, ActChnHideS0, ActShowT0},
+            {ActColorShift, ActNameAhead, ActDotMode},
+            {ActZoomHorzOut, ActZoomHorzIn, ActZoomHorzFree, ActZoomHorzCompress, ActZoomHorzExtend,
+             ActZoomHorzReset},
+            {ActZoomVertScale, ActZoomVertExtend, ActZoomVertReset},
+            {ActAnaVec, ActAnaSeq, ActAnaHm, ActAnaRX, ActAnaStaEvn, ActCoordinateXY},
+            {ActToolClip},
+        };
+        for (const auto &group : groups) {
+            if (!bar->actions().isEmpty())
+                bar->addSeparator();
+            for (Action id : group)
+                bar->addAction(m_actions[id]);
+        }
+    }
+}
+
+void CCmtdChildFrame::buildMenus(QMenuBar *bar, const FileMenuAnchors &anchors)
+{
+    const bool data = m_file.loadedPoints >= 5;
+    QMenu *file = anchors.file;
+    file->insertAction(anchors.afterOpen, m_actions[ActFileSave]);
+    file->insertAction(anchors.afterOpen, m_actions[ActFileSaveAs]);
+    if (data)
+        file->insertAction(anchors.combin, m_actions[ActFileCut]);
+    file->insertAction(anchors.infMap, m_actions[ActFileInfExp]);
+    file->insertAction(anchors.infMap, m_actions[ActFileInfImp]);
+    if (data) {
+        file->insertSeparator(anchors.afterInfMap);
+        file->insertAction(anchors.afterInfMap, m_actions[ActFilePntSel]);
+        file->insertAction(anchors.afterInfMap, m_actions[ActFilePrint]);
+    }
+    if (!data)
+        return;
+
+    auto addGroups = [this](QMenu *menu, std::initializer_list<std::initializer_list<Action>> groups) {
+        bool first = true;
+        for (const auto &group : groups) {
+            if (!first)
+                menu->addSeparator();
+            first = false;
+            for (Action id : group)
+                menu->addAction(m_actions[id]);
+        }
+    };
+    addGroups(bar->addMenu(tr("View(&V)")),
+              {{ActValPri, ActValRms, ActValHm1, ActValAng},
+               {ActChnPick, ActChnReSort, ActChnShowAll, ActChnHideS0, ActShowT0},
+               {ActT0cSet, ActT0cShow, ActT0cDel},
+               {ActSaveStatus, ActLoadStatus},
+               {ActGrpOver}});
+    addGroups(bar->addMenu(tr("Tools(&S)")),
+              {{ActToolClip, ActToolMark, ActToolChnGrp}, {ActToolExp}, {ActToolLineTst}});
+    QMenu *analysis = bar->addMenu(tr("Multi-Channels Analysis(&A)"));
+    addGroups(analysis, {{ActAnaVec, ActAnaSeq, ActAnaHm, ActAnaRX}, {ActAnaPqs, ActAnaBusDiff}});
+    if (!m_file.statusChannels.empty()) {
+        analysis->addSeparator();
+        analysis->addAction(m_actions[ActAnaStaEvn]);
+    }
+    analysis->addSeparator();
+    analysis->addAction(m_actions[ActCoordinateXY]);
+    // The line, transformer and generator menus follow the plant units of the extension file.
+}
+
+void CCmtdChildFrame::updateActions()
+{
+    const bool data = m_file.loadedPoints >= 5;
+    for (int i = 0; i < ActionCount; ++i) {
+        QAction *action = m_actions[i];
+        action->setEnabled(action->property("works").toBool() && (data || i == ActFileSaveAs));
+    }
+    m_actions[ActFileSave]->setEnabled(false); // the extension file's writer comes with its reader
+    m_actions[ActValPri]->setChecked(displayFlags & 0x100000);
+    m_actions[ActValHm1]->setChecked(displayFlags & 0x200000);
+    m_actions[ActValRms]->setChecked(displayFlags & 0x400000);
+    m_actions[ActValAng]->setChecked(displayFlags & 0x800000);
+    m_actions[ActChnHideS0]->setChecked(displayFlags & 0x40000);
+    m_actions[ActShowT0]->setChecked(displayFlags & 0x10000);
+    m_actions[ActT0cShow]->setChecked(displayFlags & 0x20000);
+    m_actions[ActNameAhead]->setChecked(displayFlags & 0x2000000);
+    m_actions[ActDotMode]->setChecked(displayFlags & 0x1);
+    m_actions[ActZoomVertExtend]->setChecked(displayFlags & 0x2);
+    m_actions[ActZoomHorzFree]->setChecked(zoomMode == ZoomHorzFree);
+    m_actions[ActZoomVertScale]->setChecked(zoomMode == ZoomVertDrag);
+    const int form = m_anaContainer->currentFormNumber();
+    const Action formActions[] = {ActAnaVec,     ActAnaSeq,    ActAnaHm,       ActAnaRX,
+                                  ActAnaBusDiff, ActAnaStaEvn, ActCoordinateXY};
+    const int formNumbers[] = {7, 8, 9, 10, 11, 12, 13};
+    for (size_t i = 0; i < std::size(formActions); ++i)
+        m_actions[formActions[i]]->setChecked(form == formNumbers[i]);
+    m_actions[ActServerStop]->setEnabled(m_thread.pendingKind() != CCmtdThread::KindNone &&
+                                         !(backgroundState() & StateClosing));
+}
+
+void CCmtdChildFrame::toggleFlag(uint32_t flag)
+{
+    displayFlags ^= flag;
+    updateActions();
+    Q_EMIT displayChanged();
+}
+
+void CCmtdChildFrame::slot_WaveShowValPri()
+{
+    toggleFlag(0x100000);
+}
+
+void CCmtdChildFrame::slot_WaveShowValRms()
+{
+    // The true and the fundamental's effective value exclude each other.
+    if (!(displayFlags & 0x400000))
+        displayFlags &= ~0x200000u;
+    toggleFlag(0x400000);
+}
+
+void CCmtdChildFrame::slot_WaveShowValHm1()
+{
+    if (!(displayFlags & 0x200000))
+        displayFlags &= ~0x400000u;
+    toggleFlag(0x200000);
+}
+
+void CCmtdChildFrame::slot_WaveShowValAng()
+{
+    toggleFlag(0x800000);
+}
+
+void CCmtdChildFrame::slot_BtnShowNameAhead()
+{
+    toggleFlag(0x2000000);
+}
+
+void CCmtdChildFrame::setMapFlag(uint32_t frameFlag, uint32_t mapFlag, bool analogOnly)
+{
+    // Each store takes the inverse of the frame's old bit, then the bit flips.
+    const bool on = !(displayFlags & frameFlag);
+    for (const auto &map : m_file.analogMaps)
+        map->flags = on ? (map->flags | mapFlag) : (map->flags & ~mapFlag);
+    if (!analogOnly) {
+        for (const auto &map : m_file.statusMaps)
+            map->flags = on ? (map->flags | mapFlag) : (map->flags & ~mapFlag);
+    }
+    toggleFlag(frameFlag);
+}
+
+void CCmtdChildFrame::slot_BtnShowDot()
+{
+    setMapFlag(0x1, CChnMapBase::FlagDots, false);
+}
+
+void CCmtdChildFrame::slot_BtnZoomVertExtend()
+{
+    setMapFlag(0x2, CChnMapBase::FlagVertExtend, true);
+}
+
+void CCmtdChildFrame::slot_BtnShowColor()
+{
+    colorScheme = static_cast<int16_t>((colorScheme + 1) % 3);
+    Q_EMIT displayChanged();
+}
+
+void CCmtdChildFrame::slot_WaveShowChnShowAll()
+{
+    for (const auto &map : m_file.analogMaps)
+        map->flags &= ~static_cast<uint32_t>(CChnMapBase::FlagHidden);
+    for (const auto &map : m_file.statusMaps)
+        map->flags &= ~static_cast<uint32_t>(CChnMapBase::FlagHidden);
+    displayFlags &= ~0x40000u;
+    updateActions();
+    Q_EMIT displayChanged();
+}
+
+void CCmtdChildFrame::slot_WaveShowChnHideS0()
+{
+    slot_PaneTabViewSwitch(0);
+    const bool hide = !(displayFlags & 0x40000);
+    for (const auto &map : m_file.statusMaps) {
+        if (map->flags & CChnMapBase::FlagShifts)
+            continue;
+        map->flags = hide ? (map->flags | CChnMapBase::FlagHidden) : (map->flags & ~CChnMapBase::FlagHidden);
+    }
+    displayFlags ^= 0x40000;
+    updateActions();
+    Q_EMIT displayChanged();
+}

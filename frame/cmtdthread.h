@@ -1,0 +1,66 @@
+#pragma once
+
+#include <QEvent>
+#include <QSemaphore>
+#include <QThread>
+
+#include <atomic>
+#include <cstdint>
+
+class CCmtdChildFrame;
+
+// Progress of a job, posted from the worker to its frame. Event type 1000; `code` is the
+// report code (1 started, 2 ended, 3 repaint, 9 range, 10 progress, 11 increment).
+class CCmtdEventProgress : public QEvent
+{
+public:
+    static constexpr QEvent::Type kType = static_cast<QEvent::Type>(1000);
+    CCmtdEventProgress(int code, int a, int b) : QEvent(kType), code(code), a(a), b(b) {}
+
+    int32_t code;
+    int32_t a;
+    int32_t b;
+};
+
+// The single channel from a job to the GUI thread, a plain function so that the recording's
+// code knows nothing of the frame: 0 asks whether to stop (-1 when cancelled), 8 starts a
+// range and returns the step of about a hundredth of it, the others post an event.
+int CmtdReport(void *owner, int code, int a, int b);
+// Step of a range from a to b: a hundredth of it, at least 1.
+int CmtdReportStep(int total, int start);
+
+// The worker of one document frame: one job slot, no queue. Reading the data file and
+// computing derived series run here; the GUI stays usable and the waves appear while the
+// file is read. A job is given by storing its argument and kind and releasing `wakeup`; a
+// job given while the slot is full is dropped.
+class CCmtdThread : public QThread
+{
+public:
+    enum Kind
+    {
+        KindNone = 0,
+        KindQuit = 1,
+        KindLoad = 2
+    };
+
+    explicit CCmtdThread(CCmtdChildFrame *owner);
+    ~CCmtdThread() override;
+
+    // Stores a job; false (and nothing stored) when the slot is taken.
+    bool submit(int kind, void *argument = nullptr);
+    // Tells the thread to end after its current job, whatever the slot holds.
+    void requestQuit();
+    int pendingKind() const { return kind.load(std::memory_order_acquire); }
+
+    CCmtdChildFrame *owner;
+    int (*report)(void *, int, int, int) = CmtdReport;
+    std::atomic<int> kind{0};
+    std::atomic<void *> arg{nullptr};
+    QSemaphore wakeup{0};
+
+protected:
+    void run() override;
+
+private:
+    void runJob(int job, void *argument);
+};

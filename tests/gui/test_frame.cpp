@@ -1,0 +1,240 @@
+// The document frame and its worker: job slot, progress, cancel and close, the menus and
+// action states that follow the recording, and the time texts of the read-outs.
+
+#include "cmtdchildcontainer.h"
+#include "cmtdchildframe.h"
+#include "mainframe.h"
+#include "timetext.h"
+
+#include <QAction>
+#include <QElapsedTimer>
+#include <QMenuBar>
+#include <QPointer>
+#include <QProgressBar>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QToolBar>
+
+#include <cstdio>
+
+namespace {
+
+// Writes an ASCII recording of `points` samples at 1 kHz with `analogs` channels and
+// `statuses` status channels, so that a load takes a while when it needs to.
+QString writeRecording(const QTemporaryDir &dir, const char *name, int points, int analogs, int statuses,
+                       bool withData = true)
+{
+    const QString base = dir.filePath(QString::fromLatin1(name));
+    FILE *cfg = std::fopen((base + QStringLiteral(".cfg")).toLocal8Bit().constData(), "w");
+    std::fprintf(cfg, "Test Station,Recorder,1999\n%d,%dA,%dD\n", analogs + statuses, analogs, statuses);
+    for (int c = 1; c <= analogs; ++c)
+        std::fprintf(cfg, "%d,U%d,A,,V,0.1,0,0,-32767,32767,1,1,S\n", c, c);
+    for (int c = 1; c <= statuses; ++c)
+        std::fprintf(cfg, "%d,Trip%d,,,0\n", c, c);
+    std::fprintf(cfg, "50\n1\n1000,%d\n01/01/2024,10:00:00.000000\n01/01/2024,10:00:00.100000\nASCII\n1\n",
+                 points);
+    std::fclose(cfg);
+    FILE *dat = std::fopen((base + QStringLiteral(".dat")).toLocal8Bit().constData(), "w");
+    for (int n = 0; withData && n < points; ++n) {
+        std::fprintf(dat, "%d,%d", n + 1, n * 1000 - 100000);
+        for (int c = 0; c < analogs; ++c)
+            std::fprintf(dat, ",%d", (n * 7 + c) % 2000 - 1000);
+        for (int c = 0; c < statuses; ++c)
+            std::fprintf(dat, ",%d", n > points / 2 ? 1 : 0);
+        std::fputc('\n', dat);
+    }
+    std::fclose(dat);
+    return base + QStringLiteral(".cfg");
+}
+
+bool waitIdle(CCmtdChildFrame *frame, int ms = 20000)
+{
+    return QTest::qWaitFor(
+        [frame] {
+            return !(frame->backgroundState() &
+                     (CCmtdChildFrame::StateBusy | CCmtdChildFrame::StateLoading)) &&
+                   frame->worker().pendingKind() == CCmtdThread::KindNone;
+        },
+        ms);
+}
+
+QStringList menuTitles(QMenuBar *bar)
+{
+    QStringList titles;
+    const QList<QAction *> actions = bar->actions();
+    for (QAction *action : actions)
+        titles << action->text();
+    return titles;
+}
+
+} // namespace
+
+class FrameTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { QStandardPaths::setTestModeEnabled(true); }
+
+    void init()
+    {
+        m_main = new CMainFrame;
+        m_main->initialize();
+        m_main->resize(1200, 800);
+        m_main->show();
+    }
+
+    void cleanup()
+    {
+        m_main->close();
+        delete m_main;
+    }
+
+    CCmtdChildFrame *open(const QString &path)
+    {
+        m_main->openFile(path);
+        const QList<CMdiChildFrame *> children = m_main->children();
+        return children.isEmpty() ? nullptr : qobject_cast<CCmtdChildFrame *>(children.last());
+    }
+
+    void reportStepIsAHundredthAtLeastOne()
+    {
+        QCOMPARE(CmtdReportStep(1000000, 0), 10000);
+        QCOMPARE(CmtdReportStep(99, 0), 1);
+        QCOMPARE(CmtdReportStep(150, 0), 2); // 1.5 + 0.5 truncated
+        QCOMPARE(CmtdReportStep(0, 0), 1);
+    }
+
+    void timeTextTakesTheShortestExactFraction()
+    {
+        QCOMPARE(TimeText(1500000), QByteArray("0:01.5"));
+        QCOMPARE(TimeText(1250000), QByteArray("0:01.25"));
+        QCOMPARE(TimeText(61000001), QByteArray("1:01.000001"));
+        QCOMPARE(TimeText(-20000), QByteArray("-0:00.02"));
+        QCOMPARE(TimeText(0), QByteArray("0:00.0"));
+        QCOMPARE(TimeText(3723456700), QByteArray("62:03.4567"));
+    }
+
+    void jobSlotDropsASecondRequest()
+    {
+        QTemporaryDir dir;
+        CCmtdChildFrame *frame = open(writeRecording(dir, "small", 300, 2, 1));
+        QVERIFY(frame);
+        QVERIFY(waitIdle(frame));
+        // The worker is idle: hold it on a job whose kind runs no work, then ask again.
+        CCmtdThread &worker = frame->worker();
+        worker.kind.store(17);
+        QVERIFY(!frame->submitJob(3));
+        worker.kind.store(0);
+        QVERIFY(frame->submitJob(30)); // an unknown kind still starts and ends
+        QVERIFY(waitIdle(frame));
+    }
+
+    void loadShowsSpanAndStates()
+    {
+        QTemporaryDir dir;
+        CCmtdChildFrame *frame = open(writeRecording(dir, "rec", 300, 3, 2));
+        QVERIFY(frame);
+        QVERIFY(waitIdle(frame));
+        QCOMPARE(frame->recording().loadedPoints, 300);
+        QCOMPARE(frame->spanText(), QStringLiteral("TT[0:00.299](300Points)"));
+        QCOMPARE(frame->currentPage(), 0);
+        QVERIFY(frame->frameToolBar()->isVisibleTo(frame));
+        const QStringList titles = menuTitles(m_main->menuBar());
+        QVERIFY(titles.contains(QStringLiteral("View(&V)")));
+        QVERIFY(titles.contains(QStringLiteral("Multi-Channels Analysis(&A)")));
+        QVERIFY(frame->action(CCmtdChildFrame::ActAnaStaEvn)->associatedObjects().size() > 1);
+        // No plant units: no line, transformer or generator menus.
+        QVERIFY(!titles.contains(QStringLiteral("Line Analysis(&L)")));
+        QVERIFY(frame->action(CCmtdChildFrame::ActFileSaveAs)->isEnabled());
+        QVERIFY(!frame->action(CCmtdChildFrame::ActServerStop)->isEnabled());
+        // Features still to come are shown but cannot be chosen.
+        QVERIFY(!frame->action(CCmtdChildFrame::ActAnaVec)->isEnabled());
+    }
+
+    void recordingWithoutStatusOrSamples()
+    {
+        QTemporaryDir dir;
+        CCmtdChildFrame *noStatus = open(writeRecording(dir, "nostatus", 300, 2, 0));
+        QVERIFY(noStatus && waitIdle(noStatus));
+        QMenu *analysis = nullptr;
+        const QList<QAction *> menus = m_main->menuBar()->actions();
+        for (QAction *menu : menus) {
+            if (menu->text() == QStringLiteral("Multi-Channels Analysis(&A)"))
+                analysis = menu->menu();
+        }
+        QVERIFY(analysis);
+        QVERIFY(!analysis->actions().contains(noStatus->action(CCmtdChildFrame::ActAnaStaEvn)));
+
+        CCmtdChildFrame *empty = open(writeRecording(dir, "empty", 300, 2, 1, false));
+        QVERIFY(empty && waitIdle(empty));
+        QCOMPARE(empty->currentPage(), 1);
+        QVERIFY(!empty->frameToolBar()->isVisibleTo(empty));
+        QVERIFY(!menuTitles(m_main->menuBar()).contains(QStringLiteral("View(&V)")));
+    }
+
+    void valueModesExcludeEachOther()
+    {
+        QTemporaryDir dir;
+        CCmtdChildFrame *frame = open(writeRecording(dir, "modes", 300, 1, 0));
+        QVERIFY(frame && waitIdle(frame));
+        QCOMPARE(frame->displayFlags & 0x600000u, 0x200000u);
+        frame->action(CCmtdChildFrame::ActValRms)->trigger();
+        QCOMPARE(frame->displayFlags & 0x600000u, 0x400000u);
+        QVERIFY(!frame->action(CCmtdChildFrame::ActValHm1)->isChecked());
+        frame->action(CCmtdChildFrame::ActValHm1)->trigger();
+        QCOMPARE(frame->displayFlags & 0x600000u, 0x200000u);
+        QVERIFY(!frame->action(CCmtdChildFrame::ActValRms)->isChecked());
+        frame->action(CCmtdChildFrame::ActValAng)->trigger();
+        QVERIFY(frame->displayFlags & 0x800000u);
+        QVERIFY(frame->displayFlags & 0x200000u);
+    }
+
+    void cancelKeepsWhatWasRead()
+    {
+        QTemporaryDir dir;
+        const QString path = writeRecording(dir, "long", 60000, 16, 4);
+        m_main->openFile(path);
+        auto *frame = qobject_cast<CCmtdChildFrame *>(m_main->children().last());
+        QVERIFY(frame);
+        // Cancel at the first progress of the load.
+        QMetaObject::Connection once;
+        once = connect(frame, &CCmtdChildFrame::extentChanged, frame, [&](int points) {
+            if (points > 0) {
+                frame->action(CCmtdChildFrame::ActServerStop)->trigger();
+                disconnect(once);
+            }
+        });
+        QVERIFY(waitIdle(frame));
+        const int loaded = frame->recording().loadedPoints;
+        QVERIFY2(loaded > 0 && loaded < 60000, qPrintable(QString::number(loaded)));
+        QCOMPARE(frame->recording().datMessages.last().text, QByteArray("Cancel this processing by user!"));
+        // The cancel stays for the frame's life.
+        QVERIFY(frame->isCancelled());
+        QVERIFY(frame->submitJob(3));
+        QVERIFY(waitIdle(frame));
+        QVERIFY(frame->isCancelled());
+    }
+
+    void closingDuringALoadReturnsPromptly()
+    {
+        QTemporaryDir dir;
+        const QString path = writeRecording(dir, "close", 200000, 16, 0);
+        m_main->openFile(path);
+        QPointer<CCmtdChildFrame> frame = qobject_cast<CCmtdChildFrame *>(m_main->children().last());
+        QVERIFY(frame);
+        QVERIFY(QTest::qWaitFor([&] { return frame->recording().loadedPoints > 0; }, 20000));
+        QElapsedTimer timer;
+        timer.start();
+        frame->parentWidget()->close();
+        QVERIFY(QTest::qWaitFor([&] { return frame.isNull(); }, 10000));
+        QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
+    }
+
+private:
+    CMainFrame *m_main = nullptr;
+};
+
+QTEST_MAIN(FrameTest)
+#include "test_frame.moc"
