@@ -156,13 +156,17 @@ bool SegmentUsable(const RateSegment &segment)
 
 bool FindRateSegment(const CCmtd99File &file, int index, RateSegment &segment)
 {
+    // A stretch begins where the one before it ended: segments derived from the stamps carry
+    // no start of their own.
+    int32_t first = 0;
     for (const SampleSegment &s : file.segments) {
         if (s.end > index) {
             segment.rate = s.rate;
-            segment.first = s.start;
+            segment.first = first;
             segment.end = s.end;
             return true;
         }
+        first = s.end;
     }
     return false;
 }

@@ -16,8 +16,10 @@ void walkSegments(const CCmtd99File &file, float freq, int sampleCount, Evaluate
     const int total = std::min(file.loadedPoints, sampleCount);
     int i = 0;
     int lastWritten = -1;
+    int first = 0;
     for (const SampleSegment &s : file.segments) {
-        const RateSegment segment{s.rate, s.start, std::min(s.end, total)};
+        const RateSegment segment{s.rate, first, std::min(s.end, total)};
+        first = s.end;
         if (i >= segment.end)
             continue;
         if (!SegmentUsable(segment)) {

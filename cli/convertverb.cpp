@@ -42,14 +42,16 @@ int RunConvert(int argc, char **argv)
     // The stores hold secondary values without unit prefix, while the writer divides by the
     // channel's own multiplier only. Bring each store back to the file's own quantities first,
     // so that a converted recording reads back with the values it had.
+    // The loader's running extremes leave the minimum of a steadily rising channel at its
+    // start value, which the writer would take as the channel's peak; scan them anew.
     for (const auto &map : file.analogMaps) {
         const CmtdChn_Analog &c = *map->config;
         const double fileScale = c.a != 0.0f ? map->gain / double(c.a) : 1.0;
-        if (fileScale == 1.0 || fileScale == 0.0)
-            continue;
-        float *values = map->Values();
-        for (int n = 0; n < map->sampleCount; ++n)
-            values[n] = static_cast<float>(double(values[n]) / fileScale);
+        if (fileScale != 1.0 && fileScale != 0.0) {
+            float *values = map->Values();
+            for (int n = 0; n < map->sampleCount; ++n)
+                values[n] = static_cast<float>(double(values[n]) / fileScale);
+        }
         map->RecalcExtremes();
     }
     // The segment lines come from the effective segments, which a recording relying on its

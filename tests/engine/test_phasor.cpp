@@ -300,3 +300,16 @@ TEST_F(Phasor, SlidingFrameHoldsWhereNoWindowReaches)
     EXPECT_EQ(series[250].re, direct.re);
     EXPECT_EQ(series[250].im, direct.im);
 }
+
+TEST_F(Phasor, SegmentsFromStampsBeginWhereTheOneBeforeEnded)
+{
+    // Segments that the loader derives from the stamps carry no start; a window in the second
+    // must still stay out of the first.
+    MemoryRecording r({{1000.0f, 200}, {2000.0f, 600}});
+    for (SampleSegment &s : r.file.segments)
+        s.start = 0;
+    RateSegment found;
+    ASSERT_TRUE(FindRateSegment(r.file, 250, found));
+    EXPECT_EQ(found.first, 200);
+    EXPECT_EQ(found.end, 600);
+}
