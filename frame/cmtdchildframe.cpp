@@ -3,6 +3,7 @@
 #include "cmtdchildcontainer.h"
 #include "cmtdchildcontainercfg.h"
 #include "cmtdtext.h"
+#include "cmtdviewanawave.h"
 #include "globaloptions.h"
 #include "timetext.h"
 
@@ -28,6 +29,11 @@ CCmtdChildFrame::CCmtdChildFrame(CMdiMainFrame *mainFrame) : CMdiChildFrame(main
 
     auto *pages = new QStackedWidget(this);
     m_anaContainer = new CCmtdChildContainerAna(this);
+    auto *area = new CScrollAreaEx(m_anaContainer);
+    m_waveView = new CCmtdViewAnaWave(this);
+    area->setView(m_waveView);
+    m_anaContainer->setWaveWidget(area);
+    connect(this, &CCmtdChildFrame::displayChanged, m_waveView, [this] { m_waveView->layoutRows(true); });
     m_cfgContainer = new CCmtdChildContainerCfg(this);
     pages->addWidget(m_anaContainer);
     pages->addWidget(m_cfgContainer);
@@ -168,14 +174,20 @@ void CCmtdChildFrame::progressEvent(const CCmtdEventProgress &event)
     case 9:
         m_progressBar->setRange(0, event.a);
         m_progressBar->setValue(event.b);
-        if (loading)
+        // The stores exist from the first report on: lay the rows out before samples arrive.
+        if (loading) {
+            m_waveView->buildRows(false);
+            m_waveView->setDrawnExtent(0, true);
             Q_EMIT extentChanged(0);
+        }
         break;
     case 10:
         m_progressBar->setValue(event.b);
         // The samples up to this report are in the stores: the waves may show them.
-        if (loading)
+        if (loading) {
+            m_waveView->setDrawnExtent(event.b + 1, true);
             Q_EMIT extentChanged(event.b + 1);
+        }
         break;
     case 11:
         m_progressBar->setValue(m_progressBar->value() + event.b);
@@ -189,8 +201,12 @@ void CCmtdChildFrame::finishJob()
 {
     if (backgroundState() & StateLoading) {
         const int points = m_file.loadedPoints;
-        cursorT1 = m_file.triggerIndex >= 0 ? m_file.triggerIndex : 0;
-        cursorT2 = cursorT1;
+        if (m_waveView->rows.empty())
+            m_waveView->buildRows(false);
+        m_waveView->setDrawnExtent(points, false);
+        m_waveView->cursorT1 = m_file.triggerIndex >= 0 ? m_file.triggerIndex : 0;
+        m_waveView->cursorT2 = m_waveView->cursorT1;
+        m_waveView->update();
         Q_EMIT extentChanged(points);
         showSpan();
         m_cfgContainer->showRecording(m_file);
@@ -275,8 +291,8 @@ void CCmtdChildFrame::updateCursorTexts()
         labelTd->clear();
         return;
     }
-    const int t1 = qBound(0, cursorT1, points - 1);
-    const int t2 = qBound(0, cursorT2, points - 1);
+    const int t1 = qBound(0, m_waveView->cursorT1, points - 1);
+    const int t2 = qBound(0, m_waveView->cursorT2, points - 1);
     labelT1->setText(absoluteTimeText("T1", t1));
     labelT2->setText(absoluteTimeText("T2", t2));
     const int64_t difference = m_file.sampleTimes[t2] - m_file.sampleTimes[t1];
@@ -293,9 +309,15 @@ void CCmtdChildFrame::closeEvent(QCloseEvent *event)
         const QMessageBox::StandardButton answer = QMessageBox::warning(
             this, QString(), tr("'%1' has Modified.\nSave it Now?").arg(currentFileName()),
             QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
-        if (answer == QMessageBox::Cancel || answer == QMessageBox::Yes) {
-            // Saving the extension file comes with its reader and writer; until then a
-            // modified frame stays open rather than lose the engineer's work.
+        if (answer == QMessageBox::Cancel) {
+            event->ignore();
+            return;
+        }
+        if (answer == QMessageBox::Yes) {
+            // The extension file that keeps the engineer's marks has no writer yet: say so and
+            // keep the frame open rather than lose the work silently.
+            reportWarning(
+                "%s", tr("The settings of this recording cannot be saved yet.").toLocal8Bit().constData());
             event->ignore();
             return;
         }
@@ -352,4 +374,25 @@ void CCmtdChildFrame::slot_BtnServerStop()
 {
     if (m_thread.pendingKind() != CCmtdThread::KindNone)
         setBackgroundBit(StateCancel, true);
+}
+
+void CCmtdChildFrame::setModified(bool modified)
+{
+    m_modified = modified;
+    setWindowModified(modified);
+    updateActions();
+}
+
+void CCmtdChildFrame::setZoomMode(int mode)
+{
+    zoomMode = mode;
+    // The free horizontal zoom keeps the cross and shows its band; the vertical drag shows its
+    // own image as the pointer.
+    if (mode == ZoomVertDrag)
+        m_waveView->setCursor(
+            QCursor(QIcon(QStringLiteral(":/images/BtnZoomVertScaleInOut.png")).pixmap(32, 32), 1, 1));
+    else
+        m_waveView->setCursor(Qt::CrossCursor);
+    m_waveView->update();
+    updateActions();
 }

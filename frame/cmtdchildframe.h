@@ -11,6 +11,7 @@
 
 class CCmtdChildContainerAna;
 class CCmtdChildContainerCfg;
+class CCmtdViewAnaWave;
 class QAction;
 class QComboBox;
 class QLabel;
@@ -148,12 +149,13 @@ public:
 
     uint32_t displayFlags = 0x200000;
     int32_t zoomMode = ZoomNone;
-    // The two measuring cursors, sample indexes.
-    int32_t cursorT1 = 0;
-    int32_t cursorT2 = 0;
 
-    // Sets the cursor read-outs from T1 and T2.
+    CCmtdViewAnaWave *waveView() const { return m_waveView; }
+    // Sets the cursor read-outs from the wave view's T1 and T2.
     void updateCursorTexts();
+    // Enters or leaves a zoom mode of the mouse (0, 4096 free horizontal, 8192 vertical).
+    void setZoomMode(int mode);
+    void setModified(bool modified);
 
 Q_SIGNALS:
     // The display flags or the colour scheme changed: the views repaint.
@@ -193,6 +195,20 @@ private:
     void slot_BtnShowDot();
     void slot_BtnZoomVertExtend();
     void slot_BtnServerStop();
+    void slot_WaveShowGrpOver();
+    void slot_WaveShowT0();
+    void slot_WaveShowT0cSet();
+    void slot_WaveShowT0cShow();
+    void slot_WaveShowT0cDel();
+    void slot_ToolManClip();
+    void slot_BtnZoomHorzScaleOut();
+    void slot_BtnZoomHorzScaleIn();
+    void slot_BtnZoomHorzFreeIn();
+    void slot_BtnZoomHorzCompressAll();
+    void slot_BtnZoomHorzExtendRange();
+    void slot_BtnZoomVertScaleInOut();
+    void slot_BtnZoomHorzReset();
+    void slot_BtnZoomVertReset();
 
     QAction *m_actions[ActionCount] = {};
     QComboBox *unitSelector = nullptr;
@@ -204,6 +220,7 @@ private:
     QProgressBar *m_progressBar = nullptr;
     CCmtdChildContainerAna *m_anaContainer = nullptr;
     CCmtdChildContainerCfg *m_cfgContainer = nullptr;
+    CCmtdViewAnaWave *m_waveView = nullptr;
     int m_currentPage = -1;
     QString m_spanText;
     std::atomic<uint32_t> m_backgroundState{0};

@@ -4,6 +4,7 @@
 #include "cmtdchildcontainer.h"
 #include "cmtdchildcontainercfg.h"
 #include "cmtdchildframe.h"
+#include "cmtdviewanawave.h"
 #include "globalsettings.h"
 
 #include <QAction>
@@ -123,6 +124,20 @@ void CCmtdChildFrame::createActions()
         {ActDotMode, &CCmtdChildFrame::slot_BtnShowDot},
         {ActZoomVertExtend, &CCmtdChildFrame::slot_BtnZoomVertExtend},
         {ActServerStop, &CCmtdChildFrame::slot_BtnServerStop},
+        {ActGrpOver, &CCmtdChildFrame::slot_WaveShowGrpOver},
+        {ActShowT0, &CCmtdChildFrame::slot_WaveShowT0},
+        {ActT0cSet, &CCmtdChildFrame::slot_WaveShowT0cSet},
+        {ActT0cShow, &CCmtdChildFrame::slot_WaveShowT0cShow},
+        {ActT0cDel, &CCmtdChildFrame::slot_WaveShowT0cDel},
+        {ActToolClip, &CCmtdChildFrame::slot_ToolManClip},
+        {ActZoomHorzOut, &CCmtdChildFrame::slot_BtnZoomHorzScaleOut},
+        {ActZoomHorzIn, &CCmtdChildFrame::slot_BtnZoomHorzScaleIn},
+        {ActZoomHorzFree, &CCmtdChildFrame::slot_BtnZoomHorzFreeIn},
+        {ActZoomHorzCompress, &CCmtdChildFrame::slot_BtnZoomHorzCompressAll},
+        {ActZoomHorzExtend, &CCmtdChildFrame::slot_BtnZoomHorzExtendRange},
+        {ActZoomVertScale, &CCmtdChildFrame::slot_BtnZoomVertScaleInOut},
+        {ActZoomHorzReset, &CCmtdChildFrame::slot_BtnZoomHorzReset},
+        {ActZoomVertReset, &CCmtdChildFrame::slot_BtnZoomVertReset},
     };
     for (const auto &w : working) {
         m_actions[w.id]->setProperty("works", true);
@@ -227,6 +242,10 @@ void CCmtdChildFrame::updateActions()
     m_actions[ActDotMode]->setChecked(displayFlags & 0x1);
     m_actions[ActZoomVertExtend]->setChecked(displayFlags & 0x2);
     m_actions[ActZoomHorzFree]->setChecked(zoomMode == ZoomHorzFree);
+    m_actions[ActToolClip]->setChecked(m_waveView->clipMode());
+    const bool customT0 = m_file.customT0 >= 0 && m_file.customT0 < m_file.loadedPoints;
+    m_actions[ActT0cShow]->setEnabled(data && customT0);
+    m_actions[ActT0cDel]->setEnabled(data && customT0);
     m_actions[ActZoomVertScale]->setChecked(zoomMode == ZoomVertDrag);
     const int form = m_anaContainer->currentFormNumber();
     const Action formActions[] = {ActAnaVec,     ActAnaSeq,    ActAnaHm,       ActAnaRX,
@@ -327,4 +346,94 @@ void CCmtdChildFrame::slot_WaveShowChnHideS0()
     displayFlags ^= 0x40000;
     updateActions();
     Q_EMIT displayChanged();
+}
+
+void CCmtdChildFrame::slot_WaveShowGrpOver()
+{
+    slot_PaneTabViewSwitch(0);
+    m_waveView->groupOverlap();
+}
+
+void CCmtdChildFrame::slot_WaveShowT0()
+{
+    slot_PaneTabViewSwitch(0);
+    toggleFlag(0x10000);
+    if (displayFlags & 0x10000)
+        m_waveView->showPoint(m_file.triggerIndex);
+}
+
+void CCmtdChildFrame::slot_WaveShowT0cSet()
+{
+    slot_PaneTabViewSwitch(0);
+    m_file.customT0 = m_waveView->cursorT1;
+    displayFlags |= 0x20000;
+    setModified(true);
+    Q_EMIT displayChanged();
+}
+
+void CCmtdChildFrame::slot_WaveShowT0cShow()
+{
+    if (m_file.customT0 < 0 || m_file.customT0 >= m_file.loadedPoints)
+        return;
+    slot_PaneTabViewSwitch(0);
+    toggleFlag(0x20000);
+    if (displayFlags & 0x20000)
+        m_waveView->showPoint(m_file.customT0);
+}
+
+void CCmtdChildFrame::slot_WaveShowT0cDel()
+{
+    m_file.customT0 = -1;
+    displayFlags &= ~0x20000u;
+    setModified(true);
+    Q_EMIT displayChanged();
+}
+
+void CCmtdChildFrame::slot_ToolManClip()
+{
+    slot_PaneTabViewSwitch(0);
+    m_waveView->setClipMode(!m_waveView->clipMode());
+    updateActions();
+}
+
+void CCmtdChildFrame::slot_BtnZoomHorzScaleOut()
+{
+    m_waveView->setZoomFactor(0.5f);
+}
+
+void CCmtdChildFrame::slot_BtnZoomHorzScaleIn()
+{
+    m_waveView->setZoomFactor(2.0f);
+}
+
+void CCmtdChildFrame::slot_BtnZoomHorzFreeIn()
+{
+    setZoomMode(zoomMode == ZoomHorzFree ? ZoomNone : ZoomHorzFree);
+}
+
+void CCmtdChildFrame::slot_BtnZoomHorzCompressAll()
+{
+    m_waveView->setHorzScale(-1.0f);
+}
+
+void CCmtdChildFrame::slot_BtnZoomHorzExtendRange()
+{
+    m_waveView->zoomRange(-1, -1);
+}
+
+void CCmtdChildFrame::slot_BtnZoomVertScaleInOut()
+{
+    setZoomMode(zoomMode == ZoomVertDrag ? ZoomNone : ZoomVertDrag);
+}
+
+void CCmtdChildFrame::slot_BtnZoomHorzReset()
+{
+    m_waveView->setHorzScale(1.0f);
+}
+
+void CCmtdChildFrame::slot_BtnZoomVertReset()
+{
+    for (const auto &map : m_file.analogMaps)
+        map->vScale = 1.0f;
+    m_waveView->layoutRows(true);
 }

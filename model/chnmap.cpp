@@ -94,6 +94,14 @@ CChnMapAnalog::CChnMapAnalog(CmtdChn_Analog *record, bool isVirtualChannel) : co
         phase = static_cast<uint16_t>(PhaseFromText(record->ph));
     }
 
+    // The pen follows the phase colours of a switchboard, so that a phase reads the same in
+    // every row and form; channels without a phase take a quiet colour by their index.
+    static const uint32_t phaseColours[] = {0,           0xFFD4A000u, 0xFF00A040u, 0xFFD01818u, 0xFF1E5AD0u,
+                                            0xFF9A30B0u, 0xFF1E5AD0u, 0xFFD4A000u, 0xFF00A040u};
+    static const uint32_t otherColours[] = {0xFF6B3FA0u, 0xFF008B8Bu, 0xFF8B4513u, 0xFF2F4F4Fu, 0xFFB8860Bu};
+    colour =
+        phase > 0 && phase < 9 ? phaseColours[phase] : otherColours[static_cast<unsigned>(record->index) % 5];
+
     // Values are held in secondary quantities and without the unit's prefix.
     const double k = unit.factor;
     if (record->ps == 'P' || record->ps == 'p') {

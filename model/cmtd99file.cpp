@@ -115,6 +115,7 @@ void CCmtd99File::ClearAll()
     analogMaps.clear();
     statusMaps.clear();
     scaleGroups.clear();
+    customT0 = -1;
     fileDesc.Reset();
     analogChannels.clear();
     statusChannels.clear();

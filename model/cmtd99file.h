@@ -126,6 +126,7 @@ public:
     std::vector<std::unique_ptr<CChnMapAnalog>> analogMaps;
     std::vector<std::unique_ptr<CChnMapStatus>> statusMaps;
     std::vector<ScaleGroup> scaleGroups;
+    int32_t customT0 = -1; // the engineer's own zero of the time axis (T0'), a sample index
     CmtdFileDescription fileDesc;
     std::vector<std::unique_ptr<CmtdChn_Analog>> analogChannels;
     std::vector<std::unique_ptr<CmtdChn_Status>> statusChannels;

@@ -1,0 +1,683 @@
+#include "cmtdviewanawave.h"
+
+#include "chnmap.h"
+#include "cmtd99file.h"
+#include "cmtdchildframe.h"
+#include "globaloptions.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QFileDialog>
+#include <QKeyEvent>
+#include <QMessageBox>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QScrollBar>
+
+#include <cmath>
+
+namespace {
+
+int roundHalfAway(double value)
+{
+    return static_cast<int>(value < 0 ? value - 0.5 : value + 0.5);
+}
+
+// A time relative to the zero of the axis, in ms with the digits it needs, or m:s.
+QString axisLabel(int64_t us)
+{
+    const bool negative = us < 0;
+    const int64_t v = negative ? -us : us;
+    char text[32];
+    if (globalOptions.statusTimeFormat == 1) {
+        const int64_t seconds = v / 1000000;
+        std::snprintf(text, sizeof text, "%s%d:%02d", negative ? "-" : "", int(seconds / 60),
+                      int(seconds % 60));
+        return QString::fromLatin1(text);
+    }
+    const long long ms = v / 1000;
+    const int fraction = int(v % 1000);
+    const char *sign = negative ? "-" : "";
+    if (fraction == 0)
+        std::snprintf(text, sizeof text, "%s%lld.0", sign, ms);
+    else if (fraction % 100 == 0)
+        std::snprintf(text, sizeof text, "%s%lld.%d", sign, ms, fraction / 100);
+    else if (fraction % 10 == 0)
+        std::snprintf(text, sizeof text, "%s%lld.%02d", sign, ms, fraction / 10);
+    else
+        std::snprintf(text, sizeof text, "%s%lld.%03d", sign, ms, fraction);
+    return QString::fromLatin1(text);
+}
+
+// A label spacing of 1, 2 or 5 times a power of ten samples, no narrower than `least`.
+int niceSpacing(int least)
+{
+    int decade = 1;
+    while (decade <= least / 10)
+        decade *= 10;
+    for (int m : {1, 2, 5, 10}) {
+        if (m * decade >= least)
+            return m * decade;
+    }
+    return 10 * decade;
+}
+
+} // namespace
+
+CCmtdViewAnaWave::CCmtdViewAnaWave(CCmtdChildFrame *owner, QWidget *parent)
+    : CScrollViewBase(parent), frame(owner)
+{
+    m_nMarginL = 4;
+    m_nMarginR = 4;
+    m_nMarginT = fontMetrics().height() + 8;
+    m_nMarginB = 2;
+    rowHeightBase = qMax(48, fontMetrics().height() * 4);
+    setFocusPolicy(Qt::StrongFocus);
+}
+
+int CCmtdViewAnaWave::availableWidth() const
+{
+    const int port = m_pArea ? m_pArea->viewport()->width() : width();
+    return qMax(1, port - m_nMarginL - m_nMarginR - 21);
+}
+
+float CCmtdViewAnaWave::fitScale() const
+{
+    return m_points < 5 ? 1.0f : float(availableWidth()) / float(m_points);
+}
+
+float CCmtdViewAnaWave::maxScale() const
+{
+    return float(availableWidth());
+}
+
+int CCmtdViewAnaWave::sampleAtPixel(int x) const
+{
+    if (m_points < 1)
+        return 0;
+    return qBound(0, roundHalfAway(double(x) / double(hScale)), m_points - 1);
+}
+
+int CCmtdViewAnaWave::pixelOfSample(int sample) const
+{
+    return roundHalfAway(double(sample) * double(hScale)) + m_nMarginL;
+}
+
+void CCmtdViewAnaWave::updateDocWidth()
+{
+    m_nDocW = static_cast<int>(qMin(2000000000.0, std::round(double(m_points) * double(hScale))));
+    updateSize();
+}
+
+void CCmtdViewAnaWave::setDrawnExtent(int points, bool repaint)
+{
+    m_points = qMax(0, qMin(points, frame->recording().loadedPoints > 0 ? points : points));
+    if (m_fitOnExtent)
+        hScale = fitScale();
+    updateDocWidth();
+    if (repaint)
+        update();
+}
+
+void CCmtdViewAnaWave::resizeEvent(QResizeEvent *event)
+{
+    CScrollViewBase::resizeEvent(event);
+    if (m_fitOnExtent && m_points >= 5) {
+        hScale = fitScale();
+        updateDocWidth();
+    }
+}
+
+void CCmtdViewAnaWave::buildRows(bool repaint)
+{
+    rows.clear();
+    const CCmtd99File &file = frame->recording();
+    std::vector<CChnMapBase *> order;
+    const bool statusFirst = globalOptions.stateMask & CGlobalOptions::StatusChnAhead;
+    if (statusFirst) {
+        for (const auto &map : file.statusMaps)
+            order.push_back(map.get());
+    }
+    for (const auto &map : file.analogMaps)
+        order.push_back(map.get());
+    if (!statusFirst) {
+        for (const auto &map : file.statusMaps)
+            order.push_back(map.get());
+    }
+    for (CChnMapBase *map : order) {
+        CWaveRow row;
+        row.key = map->Index() + 10 * map->chnType;
+        row.height = map->chnType == CChnMapBase::TypeAnalog ? rowHeightBase : kStatusRowHeight;
+        row.channels.append(map);
+        rows.push_back(row);
+    }
+    layoutRows(repaint);
+}
+
+void CCmtdViewAnaWave::layoutRows(bool repaint)
+{
+    int y = 0;
+    for (size_t i = 0; i < rows.size();) {
+        CWaveRow &row = rows[i];
+        if (row.channels.isEmpty() && row.key < 0) {
+            rows.erase(rows.begin() + static_cast<std::ptrdiff_t>(i));
+            continue;
+        }
+        int height = 0;
+        bool shown = false;
+        for (CChnMapBase *map : std::as_const(row.channels)) {
+            int h = kStatusRowHeight;
+            if (map->chnType == CChnMapBase::TypeAnalog) {
+                auto *analog = static_cast<CChnMapAnalog *>(map);
+                analog->vScale = qMax(1.0f, analog->vScale);
+                h = roundHalfAway(double(rowHeightBase) * double(analog->vScale));
+            }
+            height = qMax(height, h);
+            if (!(map->flags & CChnMapBase::FlagHidden))
+                shown = true;
+        }
+        row.height = height > 0 ? height : rowHeightBase;
+        if (!shown) {
+            row.centerY = -row.height;
+        } else {
+            row.centerY = y + row.height / 2;
+            y += row.height;
+        }
+        ++i;
+    }
+    m_nDocH = 3 + y + 10;
+    updateSize();
+    Q_EMIT rowsChanged();
+    if (repaint)
+        update();
+}
+
+void CCmtdViewAnaWave::groupOverlap()
+{
+    buildRows(false);
+    for (size_t i = 0; i < rows.size(); ++i) {
+        CWaveRow &row = rows[i];
+        if (row.channels.isEmpty() || row.channels.first()->chnType != CChnMapBase::TypeAnalog ||
+            row.channels.first()->phase != 1)
+            continue;
+        const CChnMapBase *first = row.channels.first();
+        int wanted = 2;
+        for (size_t j = i + 1; j < rows.size() && wanted <= 3; ++j) {
+            CWaveRow &other = rows[j];
+            if (other.channels.isEmpty())
+                continue;
+            const CChnMapBase *candidate = other.channels.first();
+            if (candidate->chnType != CChnMapBase::TypeAnalog || candidate->kindCode != first->kindCode ||
+                candidate->phase != wanted)
+                continue;
+            row.channels.append(other.channels.takeFirst());
+            other.key = -1;
+            ++wanted;
+        }
+    }
+    layoutRows(true);
+}
+
+void CCmtdViewAnaWave::setZoomFactor(float factor)
+{
+    m_fitOnExtent = false;
+    hScale = qBound(fitScale(), hScale * factor, maxScale());
+    const int keep = cursorT1;
+    updateDocWidth();
+    showPoint(keep);
+    update();
+}
+
+void CCmtdViewAnaWave::setHorzScale(float scale)
+{
+    m_fitOnExtent = scale < 0.0f;
+    hScale = scale < 0.0f ? fitScale() : scale;
+    updateDocWidth();
+    update();
+}
+
+void CCmtdViewAnaWave::zoomRange(int from, int to)
+{
+    if (from == -1 && to == -1) {
+        from = cursorT1;
+        to = cursorT2;
+    }
+    if (from > to)
+        std::swap(from, to);
+    if (to - from < 1)
+        return; // less than one sample: nothing to zoom into
+    m_fitOnExtent = false;
+    const int port = m_pArea ? m_pArea->viewport()->width() : width();
+    hScale = float(qMax(port - m_nMarginL - m_nMarginR - 22, 1)) / float(to - from + 2);
+    updateDocWidth();
+    if (m_pArea)
+        m_pArea->horizontalScrollBar()->setValue(roundHalfAway(double(qMax(from - 1, 0)) * double(hScale)));
+    update();
+}
+
+void CCmtdViewAnaWave::showPoint(int index)
+{
+    if (!m_pArea || m_points < 1)
+        return;
+    const int x = pixelOfSample(qBound(0, index, m_points - 1));
+    const QRect doc = docRect(false);
+    if (x < doc.left() || x > doc.right())
+        m_pArea->horizontalScrollBar()->setValue(x - m_nMarginL - doc.width() / 2);
+}
+
+void CCmtdViewAnaWave::setCursorT1(int sample)
+{
+    cursorT1 = m_points > 0 ? qBound(0, sample, m_points - 1) : 0;
+    frame->updateCursorTexts();
+    Q_EMIT cursorsChanged();
+    update();
+}
+
+void CCmtdViewAnaWave::setCursorT2(int sample)
+{
+    cursorT2 = m_points > 0 ? qBound(0, sample, m_points - 1) : 0;
+    frame->updateCursorTexts();
+    Q_EMIT cursorsChanged();
+    update();
+}
+
+void CCmtdViewAnaWave::setClipMode(bool on)
+{
+    mode = on ? 2 : 0;
+    setMouseMode(on ? ModeClip : ModePlain);
+}
+
+int CCmtdViewAnaWave::hitRow(int y) const
+{
+    const int docY = y - rowTop();
+    for (size_t i = 0; i < rows.size(); ++i) {
+        const CWaveRow &row = rows[i];
+        if (row.centerY < 0)
+            continue;
+        if (docY >= row.centerY - row.height / 2 && docY < row.centerY - row.height / 2 + row.height)
+            return static_cast<int>(i);
+    }
+    return -1;
+}
+
+int CCmtdViewAnaWave::sampleUnderPointer(QMouseEvent *event) const
+{
+    // A cursor is never taken to the left of the visible part.
+    const int x = qMax(toDoc(event->position().toPoint()).x(), scrollX());
+    return sampleAtPixel(x - m_nMarginL);
+}
+
+void CCmtdViewAnaWave::onLeftPress(QMouseEvent *event)
+{
+    setFocus();
+    if (frame->zoomMode == CCmtdChildFrame::ZoomVertDrag) {
+        const int index = hitRow(toDoc(event->position().toPoint()).y());
+        if (index < 0)
+            return;
+        for (CChnMapBase *map : std::as_const(rows[size_t(index)].channels)) {
+            if (map->chnType == CChnMapBase::TypeAnalog)
+                static_cast<CChnMapAnalog *>(map)->vScale *= 1.1f;
+        }
+        layoutRows(true);
+        return;
+    }
+    setCursorT1(sampleUnderPointer(event));
+}
+
+void CCmtdViewAnaWave::onRightPress(QMouseEvent *event)
+{
+    if (frame->zoomMode == CCmtdChildFrame::ZoomHorzFree) {
+        frame->setZoomMode(CCmtdChildFrame::ZoomNone);
+        return;
+    }
+    if (frame->zoomMode == CCmtdChildFrame::ZoomVertDrag) {
+        const int index = hitRow(toDoc(event->position().toPoint()).y());
+        if (index < 0)
+            return;
+        for (CChnMapBase *map : std::as_const(rows[size_t(index)].channels)) {
+            if (map->chnType == CChnMapBase::TypeAnalog) {
+                auto *analog = static_cast<CChnMapAnalog *>(map);
+                analog->vScale = qMax(1.0f, analog->vScale / 1.1f);
+            }
+        }
+        layoutRows(true);
+        return;
+    }
+    setCursorT2(sampleUnderPointer(event));
+}
+
+void CCmtdViewAnaWave::onMouseMove(QMouseEvent *event)
+{
+    const Qt::MouseButtons buttons = event->buttons();
+    if (frame->zoomMode == CCmtdChildFrame::ZoomVertDrag)
+        return;
+    if (buttons & Qt::LeftButton) {
+        if (frame->zoomMode == CCmtdChildFrame::ZoomHorzFree)
+            setCursorT2(sampleUnderPointer(event));
+        else
+            setCursorT1(sampleUnderPointer(event));
+    } else if ((buttons & Qt::RightButton) && frame->zoomMode == CCmtdChildFrame::ZoomNone) {
+        setCursorT2(sampleUnderPointer(event));
+    }
+}
+
+void CCmtdViewAnaWave::onLeftRelease(QMouseEvent *event)
+{
+    if (frame->zoomMode != CCmtdChildFrame::ZoomHorzFree)
+        return;
+    setCursorT2(sampleUnderPointer(event));
+    zoomRange(-1, -1);
+    frame->setZoomMode(CCmtdChildFrame::ZoomNone);
+}
+
+void CCmtdViewAnaWave::cursorMovedByKey(int sample)
+{
+    // Keep the moved cursor in view when it reaches the outer two samples.
+    const QRect doc = docRect(false);
+    const int left = sampleAtPixel(doc.left() - m_nMarginL);
+    const int right = sampleAtPixel(doc.right() - m_nMarginL);
+    if (sample <= left + 1 || sample >= right - 1)
+        showPoint(sample);
+}
+
+bool CCmtdViewAnaWave::onKeyPress(QKeyEvent *event)
+{
+    const bool shift = event->modifiers() & Qt::ShiftModifier;
+    const int last = qMax(0, m_points - 1);
+    auto moveCursor = [&](int sample) {
+        if (shift)
+            setCursorT2(sample);
+        else
+            setCursorT1(sample);
+        cursorMovedByKey(shift ? cursorT2 : cursorT1);
+        return true;
+    };
+    auto trigger = [this](CCmtdChildFrame::Action id) {
+        QAction *action = frame->action(id);
+        if (action->isEnabled())
+            action->trigger();
+        return true;
+    };
+    switch (event->key()) {
+    case Qt::Key_Left:
+        return moveCursor((shift ? cursorT2 : cursorT1) - 1);
+    case Qt::Key_Right:
+        return moveCursor((shift ? cursorT2 : cursorT1) + 1);
+    case Qt::Key_Home:
+        return moveCursor(0);
+    case Qt::Key_End:
+        return moveCursor(last);
+    case Qt::Key_F2:
+        return trigger(CCmtdChildFrame::ActZoomHorzCompress);
+    case Qt::Key_F3:
+        return trigger(CCmtdChildFrame::ActZoomHorzExtend);
+    case Qt::Key_F4:
+        return trigger(CCmtdChildFrame::ActZoomHorzFree);
+    case Qt::Key_F5:
+        return trigger(CCmtdChildFrame::ActZoomHorzReset);
+    case Qt::Key_F6:
+        return trigger(CCmtdChildFrame::ActZoomVertScale);
+    case Qt::Key_F7:
+        return trigger(CCmtdChildFrame::ActZoomVertReset);
+    case Qt::Key_F8:
+        return trigger(CCmtdChildFrame::ActZoomVertExtend);
+    case Qt::Key_F9:
+        return trigger(CCmtdChildFrame::ActDotMode);
+    case Qt::Key_F10:
+        return trigger(CCmtdChildFrame::ActValPri);
+    case Qt::Key_F11:
+        return trigger(CCmtdChildFrame::ActValRms);
+    case Qt::Key_F12:
+        return trigger(CCmtdChildFrame::ActValHm1);
+    case Qt::Key_Plus:
+    case Qt::Key_Equal:
+        setZoomFactor(2.0f);
+        return true;
+    case Qt::Key_Minus:
+        setZoomFactor(0.5f);
+        return true;
+    case Qt::Key_A:
+        return trigger(CCmtdChildFrame::ActValAng);
+    case Qt::Key_Q:
+        return trigger(CCmtdChildFrame::ActAnaSeq);
+    case Qt::Key_H:
+        return trigger(CCmtdChildFrame::ActAnaHm);
+    case Qt::Key_S:
+        return trigger(CCmtdChildFrame::ActAnaStaEvn);
+    case Qt::Key_T:
+        return trigger(CCmtdChildFrame::ActT0cSet);
+    case Qt::Key_D:
+        if (event->modifiers() & Qt::ControlModifier)
+            return trigger(CCmtdChildFrame::ActT0cDel);
+        return false;
+    case Qt::Key_Escape:
+        frame->setZoomMode(CCmtdChildFrame::ZoomNone);
+        if (clipMode()) {
+            setClipMode(false);
+            frame->updateActions();
+        }
+        return true;
+    default:
+        return false;
+    }
+}
+
+void CCmtdViewAnaWave::onClipArea()
+{
+    const QRect area = QRect(m_ptLeftDown, m_ptMouse).normalized();
+    setClipMode(false);
+    frame->updateActions();
+    if (area.width() < 2 || area.height() < 2)
+        return;
+    const QPixmap picture = renderArea(area);
+    QApplication::clipboard()->setPixmap(picture);
+    if (QMessageBox::question(
+            this, QString(),
+            tr("The Image of Selected Area Has been copied to system clipboard,\n\nSave it to a "
+               "bitmap file now?")) != QMessageBox::Yes)
+        return;
+    const QString path = QFileDialog::getSaveFileName(this, QString(), QString(), tr("Bitmap File(*.png)"));
+    if (!path.isEmpty())
+        picture.save(path, "PNG");
+}
+
+double CCmtdViewAnaWave::scaleValue(const CChnMapAnalog &map) const
+{
+    double v = 9999999.0;
+    if (map.flags & CChnMapBase::FlagVertExtend) {
+        v = map.absMax;
+    } else {
+        bool grouped = false;
+        for (const ScaleGroup &group : frame->recording().scaleGroups) {
+            if (group.chnClass == map.chnClass && group.unit.prefix == map.unit.prefix &&
+                qstricmp(group.unit.text, map.unit.text) == 0) {
+                v = group.peak;
+                grouped = true;
+                break;
+            }
+        }
+        // While the file is still read there are no groups yet: the configured range stands in,
+        // so that the waves take shape as they arrive.
+        if (!grouped)
+            v = qMax(std::fabs(double(map.rangeMax)), std::fabs(double(map.rangeMin)));
+    }
+    return v > 0.0 ? v : 9999999.0;
+}
+
+void CCmtdViewAnaWave::drawAnalog(QPainter &painter, const CChnMapAnalog &map, int centerY)
+{
+    const float *values = map.Values();
+    if (!values)
+        return;
+    const double factor = double(rowHeightBase) / 2.0 * double(map.vScale) / scaleValue(map);
+    const bool dots = map.flags & CChnMapBase::FlagDots;
+    const int last = qMin(lastPoint, map.sampleCount - 1);
+    m_line.clear();
+    QPoint previous(INT_MIN, INT_MIN);
+    for (int i = firstPoint; i <= last; i += stride) {
+        const QPoint p(pixelOfSample(i), centerY - roundHalfAway(double(values[i]) * factor));
+        if (p == previous)
+            continue; // a pixel that repeats the last one is not drawn again
+        m_line.push_back(p);
+        previous = p;
+    }
+    painter.setPen(QColor::fromRgba(map.colour));
+    if (!dots) {
+        if (m_line.size() > 1)
+            painter.drawPolyline(m_line.data(), static_cast<int>(m_line.size()));
+        return;
+    }
+    for (const QPoint &p : m_line) {
+        painter.drawLine(p.x() - 1, p.y(), p.x() + 1, p.y());
+        painter.drawLine(p.x(), p.y() - 1, p.x(), p.y() + 1);
+    }
+}
+
+void CCmtdViewAnaWave::drawStatus(QPainter &painter, const CChnMapBase &base, int centerY)
+{
+    const auto &map = static_cast<const CChnMapStatus &>(base);
+    const uint32_t *words = map.Words();
+    if (!words)
+        return;
+    const int last = qMin(lastPoint, map.sampleCount - 1);
+    m_line.clear();
+    QPoint previous(INT_MIN, INT_MIN);
+    for (int i = firstPoint; i <= last; i += stride) {
+        const int bit = (words[i >> 5] >> (i & 31)) & 1;
+        const QPoint p(pixelOfSample(i), centerY - (bit ? 5 : 0));
+        if (p == previous)
+            continue;
+        m_line.push_back(p);
+        previous = p;
+    }
+    painter.setPen(QPen(QColor::fromRgba(map.colour), 2));
+    if (m_line.size() > 1)
+        painter.drawPolyline(m_line.data(), static_cast<int>(m_line.size()));
+    painter.setPen(QColor::fromRgba(map.colour));
+}
+
+void CCmtdViewAnaWave::drawContents(QPainter &painter, const QRect &rect)
+{
+    painter.fillRect(rect, QColor::fromRgba(colour(1)));
+    const CCmtd99File &file = frame->recording();
+    if (m_points < 5 || !file.sampleTimes)
+        return;
+    firstPoint = qMax(0, sampleAtPixel(rect.left() - m_nMarginL) - 1);
+    lastPoint = qMin(m_points - 1, sampleAtPixel(rect.right() - m_nMarginL) + 1);
+    const double visible = double(lastPoint - firstPoint);
+    stride = qMax(1, roundHalfAway(visible / double(qMax(1, rect.width())) * 0.2));
+
+    const QColor baseLine = QColor::fromRgba(colour(4));
+    const int top = rowTop();
+    for (const CWaveRow &row : rows) {
+        if (row.centerY < 0)
+            continue;
+        const int rowTopY = top + row.centerY - row.height / 2;
+        if (rowTopY > rect.bottom())
+            break;
+        if (rowTopY + row.height < rect.top())
+            continue;
+        const int centerY = top + row.centerY;
+        painter.setPen(baseLine);
+        painter.drawLine(rect.left(), centerY, rect.right(), centerY);
+        for (const CChnMapBase *map : row.channels) {
+            if (map->flags & CChnMapBase::FlagHidden)
+                continue;
+            if (map->chnType == CChnMapBase::TypeAnalog)
+                drawAnalog(painter, *static_cast<const CChnMapAnalog *>(map), centerY);
+            else
+                drawStatus(painter, *map, centerY);
+        }
+    }
+    drawMarks(painter, rect);
+    drawAxis(painter, rect);
+}
+
+void CCmtdViewAnaWave::drawMarks(QPainter &painter, const QRect &rect)
+{
+    const CCmtd99File &file = frame->recording();
+    const int top = qMax(rect.top(), scrollY() + m_nMarginT);
+    const int bottom = rect.bottom();
+    auto vertical = [&](int sample, uint32_t argb, Qt::PenStyle style) {
+        if (sample < 0 || sample >= m_points)
+            return;
+        const int x = pixelOfSample(sample);
+        painter.setPen(QPen(QColor::fromRgba(argb), 1, style));
+        painter.drawLine(x, top, x, bottom);
+    };
+    if (frame->zoomMode == CCmtdChildFrame::ZoomHorzFree) {
+        const int a = pixelOfSample(qMin(cursorT1, cursorT2));
+        const int b = pixelOfSample(qMax(cursorT1, cursorT2));
+        QColor shade = QColor::fromRgba(colour(8));
+        shade.setAlpha(40);
+        painter.fillRect(QRect(QPoint(a, top), QPoint(b, bottom)), shade);
+    }
+    if (frame->displayFlags & 0x10000)
+        vertical(file.triggerIndex, colour(8), Qt::DashLine);
+    if ((frame->displayFlags & 0x20000) && file.customT0 >= 0) {
+        vertical(file.customT0, colour(9), Qt::DashDotLine);
+        painter.drawText(pixelOfSample(file.customT0) + 3, top + fontMetrics().ascent() + 2,
+                         QStringLiteral("T0'"));
+    }
+    vertical(cursorT1, colour(6), Qt::SolidLine);
+    vertical(cursorT2, colour(7), Qt::SolidLine);
+
+    // Each status row tells its state at both cursors.
+    const QFontMetrics metrics = fontMetrics();
+    for (const CWaveRow &row : rows) {
+        if (row.centerY < 0 || row.channels.isEmpty() ||
+            row.channels.first()->chnType != CChnMapBase::TypeStatus)
+            continue;
+        const int y = rowTop() + row.centerY;
+        if (y < top || y - metrics.height() > bottom)
+            continue;
+        const auto *map = static_cast<const CChnMapStatus *>(row.channels.first());
+        const QString text = QStringLiteral("T1=%1,T2=%2")
+                                 .arg(map->Bit(cursorT1) ? QStringLiteral("ON") : QStringLiteral("OFF"), -3)
+                                 .arg(map->Bit(cursorT2) ? QStringLiteral("ON") : QStringLiteral("OFF"), -3);
+        painter.setPen(QColor::fromRgba(colour(5)));
+        painter.drawText(scrollX() + m_nMarginL + 4, y + metrics.ascent() / 2, text);
+    }
+}
+
+void CCmtdViewAnaWave::drawAxis(QPainter &painter, const QRect &rect)
+{
+    const CCmtd99File &file = frame->recording();
+    const QFontMetrics metrics = fontMetrics();
+    const int top = scrollY();
+    const QRect band(rect.left(), top, rect.width(), m_nMarginT);
+    painter.fillRect(band, QColor::fromRgba(colour(3)));
+    painter.setPen(QColor::fromRgba(colour(2)));
+    painter.drawLine(band.left(), band.bottom(), band.right(), band.bottom());
+
+    const int zero = file.customT0 >= 0 && file.customT0 < m_points ? file.customT0
+                     : file.triggerIndex >= 0                       ? file.triggerIndex
+                                                                    : 0;
+    const int labelWidth = metrics.horizontalAdvance(QStringLiteral("_smmm.uuu_"));
+    const int step = qMax(1, int(std::ceil(double(labelWidth) / double(hScale))));
+    const int spacing = niceSpacing(step);
+    const int from = sampleAtPixel(rect.left() - m_nMarginL);
+    const int to = sampleAtPixel(rect.right() - m_nMarginL);
+    // Labels stand on samples whose distance from the zero is a multiple of the spacing.
+    int first = zero + ((from - zero) / spacing) * spacing;
+    if (first > from)
+        first -= spacing;
+    painter.setPen(QColor::fromRgba(colour(5)));
+    const QString unit = globalOptions.statusTimeFormat == 1 ? tr("[m:s]: ") : tr("[ms]: ");
+    const int unitRight = scrollX() + m_nMarginL + metrics.horizontalAdvance(unit);
+    for (int i = first; i <= to; i += spacing) {
+        if (i < 0 || i >= m_points)
+            continue;
+        const int x = pixelOfSample(i);
+        if (x - labelWidth / 2 < unitRight)
+            continue;
+        painter.setPen(QColor::fromRgba(colour(2)));
+        painter.drawLine(x, band.bottom() - 4, x, band.bottom());
+        painter.setPen(QColor::fromRgba(colour(5)));
+        const QString text = axisLabel(file.sampleTimes[i] - file.sampleTimes[zero]);
+        painter.drawText(x - metrics.horizontalAdvance(text) / 2, top + metrics.ascent() + 3, text);
+    }
+    painter.fillRect(QRect(scrollX(), top, unitRight - scrollX() + 2, m_nMarginT - 1),
+                     QColor::fromRgba(colour(3)));
+    painter.drawText(scrollX() + m_nMarginL, top + metrics.ascent() + 3, unit);
+}

@@ -1,0 +1,100 @@
+#pragma once
+
+#include "scrollviewbase.h"
+
+#include <QList>
+
+#include <cstdint>
+#include <vector>
+
+class CCmtdChildFrame;
+class CChnMapBase;
+class CChnMapAnalog;
+
+// One row of the wave view: the channels drawn in it (one, or up to three after a group
+// overlap), its sort key and where it stands.
+struct CWaveRow
+{
+    int key = 0;
+    int centerY = 0; // negative: the row is not shown
+    int height = 0;
+    QList<CChnMapBase *> channels;
+};
+
+// The waves of all visible channels of a recording on a common time axis, with the two
+// measuring cursors T1 and T2 and the trip marks T0 and T0'. It owns the rows and the
+// horizontal scale; the name column beside it shares its rows and vertical position. It reads
+// the samples through its frame's recording, up to the extent that a running load announced.
+class CCmtdViewAnaWave : public CScrollViewBase
+{
+    Q_OBJECT
+
+public:
+    static constexpr int kStatusRowHeight = 20;
+
+    explicit CCmtdViewAnaWave(CCmtdChildFrame *frame, QWidget *parent = nullptr);
+
+    void buildRows(bool repaint);
+    void layoutRows(bool repaint);
+    void groupOverlap();
+    void setZoomFactor(float factor);
+    void setHorzScale(float scale);
+    void zoomRange(int from, int to);
+    void setCursorT1(int sample);
+    void setCursorT2(int sample);
+    // The samples that may be drawn: grows during a load, final at its end.
+    void setDrawnExtent(int points, bool repaint);
+    void showPoint(int index);
+    // Clip mode: a dragged rectangle goes to the clipboard.
+    void setClipMode(bool on);
+    bool clipMode() const { return mode == 2; }
+
+    int sampleAtPixel(int x) const;
+    int pixelOfSample(int sample) const;
+    float fitScale() const;
+    float maxScale() const;
+    int availableWidth() const;
+    int pointCount() const { return m_points; }
+    int hitRow(int y) const;
+
+    void drawContents(QPainter &painter, const QRect &rect) override;
+    void onLeftPress(QMouseEvent *event) override;
+    void onRightPress(QMouseEvent *event) override;
+    void onMouseMove(QMouseEvent *event) override;
+    void onLeftRelease(QMouseEvent *event) override;
+    bool onKeyPress(QKeyEvent *event) override;
+    void onClipArea() override;
+
+    CCmtdChildFrame *frame;
+    std::vector<CWaveRow> rows;
+    int firstPoint = 0;
+    int lastPoint = 0;
+    int stride = 1;
+    int cursorT1 = 0;
+    int cursorT2 = 0;
+    float hScale = 1.0f;
+    int rowHeightBase = 60;
+    int mode = 0;
+
+Q_SIGNALS:
+    void cursorsChanged();
+    void rowsChanged();
+
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+
+private:
+    void updateDocWidth();
+    double scaleValue(const CChnMapAnalog &map) const;
+    void drawAnalog(QPainter &painter, const CChnMapAnalog &map, int centerY);
+    void drawStatus(QPainter &painter, const CChnMapBase &map, int centerY);
+    void drawAxis(QPainter &painter, const QRect &rect);
+    void drawMarks(QPainter &painter, const QRect &rect);
+    void cursorMovedByKey(int sample);
+    int sampleUnderPointer(QMouseEvent *event) const;
+    int rowTop() const { return m_nMarginT + 3; }
+
+    int m_points = 0;
+    bool m_fitOnExtent = true;
+    std::vector<QPoint> m_line; // reused between paints: nothing per sample is allocated
+};
