@@ -4,6 +4,7 @@
 #include "cmtdchildcontainer.h"
 #include "cmtdchildframe.h"
 #include "mainframe.h"
+#include "recordingwriter.h"
 #include "timetext.h"
 
 #include <QAction>
@@ -16,48 +17,7 @@
 #include <QTest>
 #include <QToolBar>
 
-#include <cstdio>
-
 namespace {
-
-// Writes an ASCII recording of `points` samples at 1 kHz with `analogs` channels and
-// `statuses` status channels, so that a load takes a while when it needs to.
-QString writeRecording(const QTemporaryDir &dir, const char *name, int points, int analogs, int statuses,
-                       bool withData = true)
-{
-    const QString base = dir.filePath(QString::fromLatin1(name));
-    FILE *cfg = std::fopen((base + QStringLiteral(".cfg")).toLocal8Bit().constData(), "w");
-    std::fprintf(cfg, "Test Station,Recorder,1999\n%d,%dA,%dD\n", analogs + statuses, analogs, statuses);
-    for (int c = 1; c <= analogs; ++c)
-        std::fprintf(cfg, "%d,U%d,A,,V,0.1,0,0,-32767,32767,1,1,S\n", c, c);
-    for (int c = 1; c <= statuses; ++c)
-        std::fprintf(cfg, "%d,Trip%d,,,0\n", c, c);
-    std::fprintf(cfg, "50\n1\n1000,%d\n01/01/2024,10:00:00.000000\n01/01/2024,10:00:00.100000\nASCII\n1\n",
-                 points);
-    std::fclose(cfg);
-    FILE *dat = std::fopen((base + QStringLiteral(".dat")).toLocal8Bit().constData(), "w");
-    for (int n = 0; withData && n < points; ++n) {
-        std::fprintf(dat, "%d,%d", n + 1, n * 1000 - 100000);
-        for (int c = 0; c < analogs; ++c)
-            std::fprintf(dat, ",%d", (n * 7 + c) % 2000 - 1000);
-        for (int c = 0; c < statuses; ++c)
-            std::fprintf(dat, ",%d", n > points / 2 ? 1 : 0);
-        std::fputc('\n', dat);
-    }
-    std::fclose(dat);
-    return base + QStringLiteral(".cfg");
-}
-
-bool waitIdle(CCmtdChildFrame *frame, int ms = 20000)
-{
-    return QTest::qWaitFor(
-        [frame] {
-            return !(frame->backgroundState() &
-                     (CCmtdChildFrame::StateBusy | CCmtdChildFrame::StateLoading)) &&
-                   frame->worker().pendingKind() == CCmtdThread::KindNone;
-        },
-        ms);
-}
 
 QStringList menuTitles(QMenuBar *bar)
 {
