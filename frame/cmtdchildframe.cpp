@@ -103,7 +103,7 @@ void CCmtdChildFrame::createToolBar()
     m_progressBar->setMaximumWidth(220);
     m_progressBar->setRange(0, 100);
     m_progressBar->setValue(0);
-    m_toolBar->addWidget(m_progressBar);
+    m_progressAction = m_toolBar->addWidget(m_progressBar);
     m_toolBar->addAction(m_actions[ActServerStop]);
 }
 
@@ -163,6 +163,7 @@ void CCmtdChildFrame::progressEvent(const CCmtdEventProgress &event)
     switch (event.code) {
     case 1:
         setBackgroundBit(StateBusy, true);
+        m_progressAction->setVisible(true);
         updateActions();
         break;
     case 2:
@@ -225,6 +226,7 @@ void CCmtdChildFrame::finishJob()
     setBackgroundBit(StateBusy, false);
     m_progressBar->reset();
     m_progressBar->setRange(0, 100);
+    m_progressAction->setVisible(false); // shown only while a job runs
     // The menus follow the recording: with samples come the view and analysis menus.
     if (mainFrame && mainFrame->activeFrame() == this)
         mainFrame->updateMenus();

@@ -218,6 +218,7 @@ private:
     QLabel *labelT2 = nullptr;
     QLabel *labelTd = nullptr;
     QProgressBar *m_progressBar = nullptr;
+    QAction *m_progressAction = nullptr;
     CCmtdChildContainerAna *m_anaContainer = nullptr;
     CCmtdChildContainerCfg *m_cfgContainer = nullptr;
     CCmtdViewAnaWave *m_waveView = nullptr;

@@ -4,6 +4,7 @@
 #include "cmtd99file.h"
 #include "cmtdchildframe.h"
 #include "globaloptions.h"
+#include "polylineraster.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -504,13 +505,12 @@ double CCmtdViewAnaWave::scaleValue(const CChnMapAnalog &map) const
     return v > 0.0 ? v : 9999999.0;
 }
 
-void CCmtdViewAnaWave::drawAnalog(QPainter &painter, const CChnMapAnalog &map, int centerY)
+void CCmtdViewAnaWave::drawAnalog(const CChnMapAnalog &map, int centerY)
 {
     const float *values = map.Values();
     if (!values)
         return;
     const double factor = double(rowHeightBase) / 2.0 * double(map.vScale) / scaleValue(map);
-    const bool dots = map.flags & CChnMapBase::FlagDots;
     const int last = qMin(lastPoint, map.sampleCount - 1);
     m_line.clear();
     QPoint previous(INT_MIN, INT_MIN);
@@ -521,19 +521,14 @@ void CCmtdViewAnaWave::drawAnalog(QPainter &painter, const CChnMapAnalog &map, i
         m_line.push_back(p);
         previous = p;
     }
-    painter.setPen(QColor::fromRgba(map.colour));
-    if (!dots) {
-        if (m_line.size() > 1)
-            painter.drawPolyline(m_line.data(), static_cast<int>(m_line.size()));
-        return;
-    }
-    for (const QPoint &p : m_line) {
-        painter.drawLine(p.x() - 1, p.y(), p.x() + 1, p.y());
-        painter.drawLine(p.x(), p.y() - 1, p.x(), p.y() + 1);
-    }
+    const int count = static_cast<int>(m_line.size());
+    if (map.flags & CChnMapBase::FlagDots)
+        RasterPlusSigns(m_canvas, m_canvasOrigin, m_line.data(), count, map.colour);
+    else
+        RasterPolyline(m_canvas, m_canvasOrigin, m_line.data(), count, map.colour);
 }
 
-void CCmtdViewAnaWave::drawStatus(QPainter &painter, const CChnMapBase &base, int centerY)
+void CCmtdViewAnaWave::drawStatus(const CChnMapBase &base, int centerY)
 {
     const auto &map = static_cast<const CChnMapStatus &>(base);
     const uint32_t *words = map.Words();
@@ -550,24 +545,34 @@ void CCmtdViewAnaWave::drawStatus(QPainter &painter, const CChnMapBase &base, in
         m_line.push_back(p);
         previous = p;
     }
-    painter.setPen(QPen(QColor::fromRgba(map.colour), 2));
-    if (m_line.size() > 1)
-        painter.drawPolyline(m_line.data(), static_cast<int>(m_line.size()));
-    painter.setPen(QColor::fromRgba(map.colour));
+    const int count = static_cast<int>(m_line.size());
+    if (map.flags & CChnMapBase::FlagDots) {
+        RasterPlusSigns(m_canvas, m_canvasOrigin, m_line.data(), count, map.colour);
+        return;
+    }
+    // Two pixels thick, so that a state line stands out from the waves.
+    RasterPolyline(m_canvas, m_canvasOrigin, m_line.data(), count, map.colour);
+    RasterPolyline(m_canvas, m_canvasOrigin - QPoint(0, 1), m_line.data(), count, map.colour);
 }
 
 void CCmtdViewAnaWave::drawContents(QPainter &painter, const QRect &rect)
 {
-    painter.fillRect(rect, QColor::fromRgba(colour(1)));
     const CCmtd99File &file = frame->recording();
-    if (m_points < 5 || !file.sampleTimes)
+    if (m_points < 5 || !file.sampleTimes || rect.isEmpty()) {
+        painter.fillRect(rect, QColor::fromRgba(colour(1)));
         return;
+    }
     firstPoint = qMax(0, sampleAtPixel(rect.left() - m_nMarginL) - 1);
     lastPoint = qMin(m_points - 1, sampleAtPixel(rect.right() - m_nMarginL) + 1);
     const double visible = double(lastPoint - firstPoint);
     stride = qMax(1, roundHalfAway(visible / double(qMax(1, rect.width())) * 0.2));
 
-    const QColor baseLine = QColor::fromRgba(colour(4));
+    // The exposed part is drawn into an image of its own size, the waves pixel by pixel.
+    if (m_canvas.size() != rect.size())
+        m_canvas = QImage(rect.size(), QImage::Format_ARGB32_Premultiplied);
+    m_canvas.fill(QColor::fromRgba(colour(1)));
+    m_canvasOrigin = rect.topLeft();
+    const uint32_t baseLine = colour(4);
     const int top = rowTop();
     for (const CWaveRow &row : rows) {
         if (row.centerY < 0)
@@ -578,17 +583,18 @@ void CCmtdViewAnaWave::drawContents(QPainter &painter, const QRect &rect)
         if (rowTopY + row.height < rect.top())
             continue;
         const int centerY = top + row.centerY;
-        painter.setPen(baseLine);
-        painter.drawLine(rect.left(), centerY, rect.right(), centerY);
+        const QPoint ends[2] = {QPoint(rect.left(), centerY), QPoint(rect.right(), centerY)};
+        RasterPolyline(m_canvas, m_canvasOrigin, ends, 2, baseLine);
         for (const CChnMapBase *map : row.channels) {
             if (map->flags & CChnMapBase::FlagHidden)
                 continue;
             if (map->chnType == CChnMapBase::TypeAnalog)
-                drawAnalog(painter, *static_cast<const CChnMapAnalog *>(map), centerY);
+                drawAnalog(*static_cast<const CChnMapAnalog *>(map), centerY);
             else
-                drawStatus(painter, *map, centerY);
+                drawStatus(*map, centerY);
         }
     }
+    painter.drawImage(rect.topLeft(), m_canvas);
     drawMarks(painter, rect);
     drawAxis(painter, rect);
 }

@@ -2,6 +2,7 @@
 
 #include "scrollviewbase.h"
 
+#include <QImage>
 #include <QList>
 
 #include <cstdint>
@@ -86,8 +87,8 @@ protected:
 private:
     void updateDocWidth();
     double scaleValue(const CChnMapAnalog &map) const;
-    void drawAnalog(QPainter &painter, const CChnMapAnalog &map, int centerY);
-    void drawStatus(QPainter &painter, const CChnMapBase &map, int centerY);
+    void drawAnalog(const CChnMapAnalog &map, int centerY);
+    void drawStatus(const CChnMapBase &map, int centerY);
     void drawAxis(QPainter &painter, const QRect &rect);
     void drawMarks(QPainter &painter, const QRect &rect);
     void cursorMovedByKey(int sample);
@@ -97,4 +98,6 @@ private:
     int m_points = 0;
     bool m_fitOnExtent = true;
     std::vector<QPoint> m_line; // reused between paints: nothing per sample is allocated
+    QImage m_canvas;            // the exposed part, in which the waves are drawn as pixels
+    QPoint m_canvasOrigin;
 };
