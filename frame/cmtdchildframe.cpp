@@ -3,6 +3,7 @@
 #include "cmtdchildcontainer.h"
 #include "cmtdchildcontainercfg.h"
 #include "cmtdtext.h"
+#include "cmtdviewananame.h"
 #include "cmtdviewanawave.h"
 #include "globaloptions.h"
 #include "timetext.h"
@@ -14,6 +15,8 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QProgressBar>
+#include <QScrollBar>
+#include <QSplitter>
 #include <QStackedWidget>
 #include <QStatusBar>
 #include <QTabBar>
@@ -29,11 +32,30 @@ CCmtdChildFrame::CCmtdChildFrame(CMdiMainFrame *mainFrame) : CMdiChildFrame(main
 
     auto *pages = new QStackedWidget(this);
     m_anaContainer = new CCmtdChildContainerAna(this);
-    auto *area = new CScrollAreaEx(m_anaContainer);
+    // The name column and the waves side by side, at one vertical position.
+    auto *splitter = new QSplitter(Qt::Horizontal, m_anaContainer);
+    auto *nameArea = new CScrollAreaEx(splitter);
+    auto *waveArea = new CScrollAreaEx(splitter);
     m_waveView = new CCmtdViewAnaWave(this);
-    area->setView(m_waveView);
-    m_anaContainer->setWaveWidget(area);
-    connect(this, &CCmtdChildFrame::displayChanged, m_waveView, [this] { m_waveView->layoutRows(true); });
+    waveArea->setView(m_waveView);
+    m_nameView = new CCmtdViewAnaName(this, m_waveView);
+    nameArea->setView(m_nameView);
+    nameArea->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    nameArea->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    connect(waveArea->verticalScrollBar(), &QScrollBar::valueChanged, nameArea->verticalScrollBar(),
+            &QScrollBar::setValue);
+    connect(nameArea->verticalScrollBar(), &QScrollBar::valueChanged, waveArea->verticalScrollBar(),
+            &QScrollBar::setValue);
+    splitter->addWidget(nameArea);
+    splitter->addWidget(waveArea);
+    splitter->setStretchFactor(0, 0);
+    splitter->setStretchFactor(1, 1);
+    splitter->setSizes({fontMetrics().horizontalAdvance(QLatin1Char('x')) * 46, 1000});
+    m_anaContainer->setWaveWidget(splitter);
+    connect(this, &CCmtdChildFrame::displayChanged, m_waveView, [this] {
+        m_waveView->layoutRows(true);
+        m_nameView->update();
+    });
     m_cfgContainer = new CCmtdChildContainerCfg(this);
     pages->addWidget(m_anaContainer);
     pages->addWidget(m_cfgContainer);
@@ -208,6 +230,8 @@ void CCmtdChildFrame::finishJob()
         m_waveView->cursorT1 = m_file.triggerIndex >= 0 ? m_file.triggerIndex : 0;
         m_waveView->cursorT2 = m_waveView->cursorT1;
         m_waveView->update();
+        m_nameView->rebuildValues();
+        m_nameView->update();
         Q_EMIT extentChanged(points);
         showSpan();
         m_cfgContainer->showRecording(m_file);

@@ -11,6 +11,7 @@
 
 class CCmtdChildContainerAna;
 class CCmtdChildContainerCfg;
+class CCmtdViewAnaName;
 class CCmtdViewAnaWave;
 class QAction;
 class QComboBox;
@@ -151,6 +152,7 @@ public:
     int32_t zoomMode = ZoomNone;
 
     CCmtdViewAnaWave *waveView() const { return m_waveView; }
+    CCmtdViewAnaName *nameView() const { return m_nameView; }
     // Sets the cursor read-outs from the wave view's T1 and T2.
     void updateCursorTexts();
     // Enters or leaves a zoom mode of the mouse (0, 4096 free horizontal, 8192 vertical).
@@ -196,6 +198,8 @@ private:
     void slot_BtnZoomVertExtend();
     void slot_BtnServerStop();
     void slot_WaveShowGrpOver();
+    void slot_WaveShowChnPick();
+    void slot_WaveShowChnReSort();
     void slot_WaveShowT0();
     void slot_WaveShowT0cSet();
     void slot_WaveShowT0cShow();
@@ -222,6 +226,7 @@ private:
     CCmtdChildContainerAna *m_anaContainer = nullptr;
     CCmtdChildContainerCfg *m_cfgContainer = nullptr;
     CCmtdViewAnaWave *m_waveView = nullptr;
+    CCmtdViewAnaName *m_nameView = nullptr;
     int m_currentPage = -1;
     QString m_spanText;
     std::atomic<uint32_t> m_backgroundState{0};

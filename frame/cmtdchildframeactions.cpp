@@ -4,15 +4,20 @@
 #include "cmtdchildcontainer.h"
 #include "cmtdchildcontainercfg.h"
 #include "cmtdchildframe.h"
+#include "cmtdtext.h"
 #include "cmtdviewanawave.h"
 #include "globalsettings.h"
 
 #include <QAction>
 #include <QComboBox>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QListWidget>
 #include <QMenu>
 #include <QMenuBar>
 #include <QTabBar>
 #include <QToolBar>
+#include <QVBoxLayout>
 
 namespace {
 
@@ -125,6 +130,8 @@ void CCmtdChildFrame::createActions()
         {ActZoomVertExtend, &CCmtdChildFrame::slot_BtnZoomVertExtend},
         {ActServerStop, &CCmtdChildFrame::slot_BtnServerStop},
         {ActGrpOver, &CCmtdChildFrame::slot_WaveShowGrpOver},
+        {ActChnPick, &CCmtdChildFrame::slot_WaveShowChnPick},
+        {ActChnReSort, &CCmtdChildFrame::slot_WaveShowChnReSort},
         {ActShowT0, &CCmtdChildFrame::slot_WaveShowT0},
         {ActT0cSet, &CCmtdChildFrame::slot_WaveShowT0cSet},
         {ActT0cShow, &CCmtdChildFrame::slot_WaveShowT0cShow},
@@ -436,4 +443,46 @@ void CCmtdChildFrame::slot_BtnZoomVertReset()
     for (const auto &map : m_file.analogMaps)
         map->vScale = 1.0f;
     m_waveView->layoutRows(true);
+}
+
+void CCmtdChildFrame::slot_WaveShowChnPick()
+{
+    slot_PaneTabViewSwitch(0);
+    QDialog dialog(this);
+    dialog.setWindowTitle(tr("Choose Visible Channels(&K)...").remove(QLatin1String("(&K)...")));
+    auto *list = new QListWidget(&dialog);
+    std::vector<CChnMapBase *> maps;
+    for (const auto &map : m_file.analogMaps)
+        maps.push_back(map.get());
+    for (const auto &map : m_file.statusMaps)
+        maps.push_back(map.get());
+    for (CChnMapBase *map : maps) {
+        const QString prefix =
+            map->chnType == CChnMapBase::TypeAnalog ? QStringLiteral("A") : QStringLiteral("D");
+        auto *item = new QListWidgetItem(
+            prefix + QString::number(map->Index()) + QStringLiteral("  ") + CmtdText(map->Name()), list);
+        item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
+        item->setCheckState(map->flags & CChnMapBase::FlagHidden ? Qt::Unchecked : Qt::Checked);
+    }
+    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &dialog);
+    connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+    auto *layout = new QVBoxLayout(&dialog);
+    layout->addWidget(list);
+    layout->addWidget(buttons);
+    dialog.resize(420, 520);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    for (size_t i = 0; i < maps.size(); ++i) {
+        const bool shown = list->item(static_cast<int>(i))->checkState() == Qt::Checked;
+        maps[i]->flags =
+            shown ? (maps[i]->flags & ~CChnMapBase::FlagHidden) : (maps[i]->flags | CChnMapBase::FlagHidden);
+    }
+    m_waveView->layoutRows(true);
+}
+
+void CCmtdChildFrame::slot_WaveShowChnReSort()
+{
+    slot_PaneTabViewSwitch(0);
+    m_waveView->buildRows(true);
 }

@@ -70,7 +70,8 @@ CCmtdViewAnaWave::CCmtdViewAnaWave(CCmtdChildFrame *owner, QWidget *parent)
 {
     m_nMarginL = 4;
     m_nMarginR = 4;
-    m_nMarginT = fontMetrics().height() + 8;
+    // Two lines: the name column beside shows its two cursor read-outs in this band.
+    m_nMarginT = 2 * fontMetrics().height() + 6;
     m_nMarginB = 2;
     rowHeightBase = qMax(48, fontMetrics().height() * 4);
     setFocusPolicy(Qt::StrongFocus);
@@ -510,7 +511,9 @@ void CCmtdViewAnaWave::drawAnalog(const CChnMapAnalog &map, int centerY)
     const float *values = map.Values();
     if (!values)
         return;
-    const double factor = double(rowHeightBase) / 2.0 * double(map.vScale) / scaleValue(map);
+    double factor = double(rowHeightBase) / 2.0 * double(map.vScale) / scaleValue(map);
+    if (map.flags & 0x4)
+        factor = -factor; // drawn reversed, as a current measured against the other direction
     const int last = qMin(lastPoint, map.sampleCount - 1);
     m_line.clear();
     QPoint previous(INT_MIN, INT_MIN);
@@ -681,9 +684,10 @@ void CCmtdViewAnaWave::drawAxis(QPainter &painter, const QRect &rect)
         painter.drawLine(x, band.bottom() - 4, x, band.bottom());
         painter.setPen(QColor::fromRgba(colour(5)));
         const QString text = axisLabel(file.sampleTimes[i] - file.sampleTimes[zero]);
-        painter.drawText(x - metrics.horizontalAdvance(text) / 2, top + metrics.ascent() + 3, text);
+        painter.drawText(x - metrics.horizontalAdvance(text) / 2, band.bottom() - metrics.descent() - 4,
+                         text);
     }
     painter.fillRect(QRect(scrollX(), top, unitRight - scrollX() + 2, m_nMarginT - 1),
                      QColor::fromRgba(colour(3)));
-    painter.drawText(scrollX() + m_nMarginL, top + metrics.ascent() + 3, unit);
+    painter.drawText(scrollX() + m_nMarginL, band.bottom() - metrics.descent() - 4, unit);
 }

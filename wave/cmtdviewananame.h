@@ -1,0 +1,102 @@
+#pragma once
+
+#include "cursorvalue.h"
+#include "scrollviewbase.h"
+
+#include <QHash>
+#include <QPair>
+
+class CCmtdChildFrame;
+class CCmtdViewAnaWave;
+class CChnMapBase;
+struct CWaveRow;
+class QAction;
+class QMenu;
+
+// The row and channel under a pointer.
+struct RowHit
+{
+    int point = 0;
+    int rowIndex = -1;
+    CChnMapBase *channel = nullptr;
+    int channelIndex = -1;
+};
+
+// The column left of the waves: each channel's number, name and its values at T1 and T2 in
+// the channel's colour, in the wave view's rows and at its vertical position. It keeps the
+// values in a cache that the analysis forms read too, and carries the channel menu.
+class CCmtdViewAnaName : public CScrollViewBase
+{
+    Q_OBJECT
+
+public:
+    // The entries of the channel menu, in their order.
+    enum MenuEntry
+    {
+        MenuPick,
+        MenuOver,
+        MenuInsert,
+        MenuComeback,
+        MenuHide,
+        MenuColour,
+        MenuDot,
+        MenuVertExt,
+        MenuInvert,
+        MenuHmChart,
+        MenuApt,
+        MenuValSearch,
+        MenuSetAC,
+        MenuSetDC,
+        MenuSetSC,
+        MenuDelta,
+        MenuAvg,
+        MenuHm,
+        MenuFltHamm,
+        MenuFltDiff,
+        MenuFreqX0,
+        MenuFreqDft,
+        MenuVirDelete,
+        MenuEntryCount
+    };
+
+    CCmtdViewAnaName(CCmtdChildFrame *frame, CCmtdViewAnaWave *wave, QWidget *parent = nullptr);
+
+    // The values of a channel at T1 and T2 from the cache, rebuilt when the channel is missing.
+    QPair<ChnCursorValue, ChnCursorValue> channelValueAtCursor(CChnMapBase *channel);
+    void rebuildValues();
+    bool hitTest(int y, RowHit &hit) const;
+    void retranslateTexts() override;
+    // The menu for the channel under a document point, or null where none is offered.
+    QMenu *buildMenu(QPoint docPoint);
+    QAction *menuAction(MenuEntry entry) const { return m_actions[entry]; }
+    const RowHit &picked() const { return m_picked; }
+    const RowHit &hit() const { return m_hit; }
+    // The text of one channel's line, as drawn.
+    QString lineText(const CChnMapBase *channel);
+    int lineHeight() const;
+
+    void drawContents(QPainter &painter, const QRect &rect) override;
+    void onRightPress(QMouseEvent *event) override;
+
+private:
+    void slot_ChnPick();
+    void slot_ChnOver();
+    void slot_ChnInsert();
+    void slot_ChnComeback();
+    void slot_ChnHide();
+    void slot_ChnShowColorSet();
+    void slot_ChnShowDot();
+    void slot_ChnShowVertExt();
+    void slot_ChnShowInvert();
+    void takeOut(CChnMapBase *channel);
+    QString readout(const char *label, int cursor, int other, bool first) const;
+
+    CCmtdChildFrame *m_pFrame;
+    CCmtdViewAnaWave *m_wave;
+    RowHit m_hit;
+    RowHit m_picked;
+    QHash<const CChnMapBase *, QPair<ChnCursorValue, ChnCursorValue>> m_values;
+    QAction *m_actions[MenuEntryCount] = {};
+    QMenu *m_virtualMenu = nullptr;
+    int m_insertAt = -1;
+};
