@@ -8,6 +8,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <cmath>
 #include <cstdio>
 
 // Writes an ASCII recording of `points` samples at 1 kHz with `analogs` channels and
@@ -49,4 +50,32 @@ inline bool waitIdle(CCmtdChildFrame *frame, int ms = 20000)
                    frame->worker().pendingKind() == CCmtdThread::KindNone;
         },
         ms);
+}
+
+// Three phase voltages Ua, Ub, Uc at 1 kHz: 50 Hz sines of 100 V peak (raw 1000 × 0.1 V), one
+// status channel; the trigger at sample 100.
+inline QString writeSineRecording(const QTemporaryDir &dir, const char *name, int points)
+{
+    const QString base = dir.filePath(QString::fromLatin1(name));
+    FILE *cfg = std::fopen((base + QStringLiteral(".cfg")).toLocal8Bit().constData(), "w");
+    std::fprintf(cfg, "Sine Station,Recorder,1999\n4,3A,1D\n");
+    const char phases[] = "ABC";
+    for (int c = 0; c < 3; ++c)
+        std::fprintf(cfg, "%d,U%c,%c,,V,0.1,0,0,-32767,32767,1,1,S\n", c + 1, phases[c], phases[c]);
+    std::fprintf(cfg,
+                 "1,Trip,,,0\n50\n1\n1000,%d\n01/01/2024,10:00:00.000000\n01/01/2024,10:00:00.100000\n"
+                 "ASCII\n1\n",
+                 points);
+    std::fclose(cfg);
+    FILE *dat = std::fopen((base + QStringLiteral(".dat")).toLocal8Bit().constData(), "w");
+    for (int n = 0; n < points; ++n) {
+        std::fprintf(dat, "%d,%d", n + 1, n * 1000 - 100000);
+        for (int c = 0; c < 3; ++c)
+            std::fprintf(
+                dat, ",%d",
+                int(std::lround(1000.0 * std::sin(2 * M_PI * 50.0 * n / 1000.0 - c * 2 * M_PI / 3))));
+        std::fprintf(dat, ",%d\n", n >= 150 ? 1 : 0);
+    }
+    std::fclose(dat);
+    return base + QStringLiteral(".cfg");
 }

@@ -1,0 +1,160 @@
+// The channel name column: the values it shows at the cursors, the entries of its channel
+// menu and what rearranging rows does to them.
+
+#include "chnmap.h"
+#include "cmtdchildframe.h"
+#include "cmtdviewananame.h"
+#include "cmtdviewanawave.h"
+#include "mainframe.h"
+#include "recordingwriter.h"
+
+#include <QAction>
+#include <QMenu>
+#include <QStandardPaths>
+#include <QTest>
+
+class NameColumnTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { QStandardPaths::setTestModeEnabled(true); }
+
+    void init()
+    {
+        m_main = new CMainFrame;
+        m_main->initialize();
+        m_main->resize(1200, 800);
+        m_main->show();
+        m_frame = nullptr;
+        m_main->openFile(writeSineRecording(m_dir, "sine", 1000));
+        m_frame = qobject_cast<CCmtdChildFrame *>(m_main->children().last());
+        QVERIFY(m_frame && waitIdle(m_frame));
+    }
+
+    void cleanup()
+    {
+        m_main->close();
+        delete m_main;
+    }
+
+    // The point in the middle of a channel's line, in document coordinates.
+    QPoint lineOf(const CChnMapBase *channel)
+    {
+        CCmtdViewAnaWave *wave = m_frame->waveView();
+        for (const CWaveRow &row : wave->rows) {
+            const int index = static_cast<int>(row.channels.indexOf(const_cast<CChnMapBase *>(channel)));
+            if (index < 0)
+                continue;
+            int shown = 0;
+            for (const CChnMapBase *map : row.channels)
+                shown += !(map->flags & CChnMapBase::FlagHidden);
+            const int line = m_frame->nameView()->lineHeight();
+            return QPoint(10,
+                          wave->m_nMarginT + 3 + row.centerY - shown * line / 2 + index * line + line / 2);
+        }
+        return QPoint();
+    }
+
+    QList<QAction *> menuFor(const CChnMapBase *channel)
+    {
+        QMenu *menu = m_frame->nameView()->buildMenu(lineOf(channel));
+        QList<QAction *> actions = menu ? menu->actions() : QList<QAction *>();
+        delete menu;
+        return actions;
+    }
+
+    void valuesFollowTheCursors()
+    {
+        CCmtdViewAnaWave *wave = m_frame->waveView();
+        CCmtdViewAnaName *names = m_frame->nameView();
+        const CChnMapBase *ua = m_frame->recording().analogMaps[0].get();
+        wave->setCursorT1(500);
+        wave->setCursorT2(505);
+        // The fundamental's effective value of a 100 V peak sine, at both cursors.
+        QCOMPARE(names->lineText(ua), QStringLiteral("  1:[T1=70.712V][T2=70.712V] UA"));
+        m_frame->action(CCmtdChildFrame::ActValAng)->trigger();
+        const QString withAngle = names->lineText(ua);
+        // Five samples on, a quarter cycle later: the angle has turned by 90 degrees.
+        QVERIFY2(withAngle.contains(QStringLiteral("(Ang)0.000(Deg)")) ||
+                     withAngle.contains(QStringLiteral("(Ang)-0.000(Deg)")),
+                 qPrintable(withAngle));
+        QVERIFY2(withAngle.contains(QStringLiteral("(Ang)90.000(Deg)")), qPrintable(withAngle));
+        m_frame->action(CCmtdChildFrame::ActValAng)->trigger();
+        m_frame->action(CCmtdChildFrame::ActNameAhead)->trigger();
+        QCOMPARE(names->lineText(ua), QStringLiteral("  1:UA [T1=70.712V][T2=70.712V]"));
+        const CChnMapBase *trip = m_frame->recording().statusMaps[0].get();
+        wave->setCursorT2(200);
+        QCOMPARE(names->lineText(trip), QStringLiteral("  1:Trip [T1=1][T2=1]"));
+        wave->setCursorT1(100);
+        QCOMPARE(names->lineText(trip), QStringLiteral("  1:Trip [T1=0][T2=1]"));
+    }
+
+    void menuEntriesFollowTheirConditions()
+    {
+        CCmtdViewAnaName *names = m_frame->nameView();
+        const CCmtd99File &file = m_frame->recording();
+        const CChnMapBase *ua = file.analogMaps[0].get();
+        const CChnMapBase *ub = file.analogMaps[1].get();
+        QList<QAction *> entries = menuFor(ua);
+        // Nothing picked: no overlap, no insert; a channel in its own row: no restore.
+        QVERIFY(entries.contains(names->menuAction(CCmtdViewAnaName::MenuPick)));
+        QVERIFY(!entries.contains(names->menuAction(CCmtdViewAnaName::MenuOver)));
+        QVERIFY(!entries.contains(names->menuAction(CCmtdViewAnaName::MenuInsert)));
+        QVERIFY(!entries.contains(names->menuAction(CCmtdViewAnaName::MenuComeback)));
+        QVERIFY(entries.contains(names->menuAction(CCmtdViewAnaName::MenuVertExt)));
+        QVERIFY(!names->menuAction(CCmtdViewAnaName::MenuSetAC)->isEnabled()); // shown, not yet working
+
+        // Pick Ua, then overlap it on Ub.
+        menuFor(ua);
+        names->menuAction(CCmtdViewAnaName::MenuPick)->trigger();
+        entries = menuFor(ub);
+        QVERIFY(entries.contains(names->menuAction(CCmtdViewAnaName::MenuOver)));
+        names->menuAction(CCmtdViewAnaName::MenuOver)->trigger();
+        CCmtdViewAnaWave *wave = m_frame->waveView();
+        QCOMPARE(int(wave->rows.size()), 3);
+        QCOMPARE(wave->rows[0].channels.size(), 2);
+        // Ua now stands in Ub's row, not its own: restore is offered, and puts it back first.
+        entries = menuFor(ua);
+        QVERIFY(entries.contains(names->menuAction(CCmtdViewAnaName::MenuComeback)));
+        names->menuAction(CCmtdViewAnaName::MenuComeback)->trigger();
+        QCOMPARE(int(wave->rows.size()), 4);
+        QCOMPARE(wave->rows[0].channels.first(), ua);
+
+        // A status channel has no analog entries.
+        entries = menuFor(file.statusMaps[0].get());
+        QVERIFY(!entries.contains(names->menuAction(CCmtdViewAnaName::MenuVertExt)));
+        QVERIFY(entries.contains(names->menuAction(CCmtdViewAnaName::MenuSetSC)));
+    }
+
+    void insertKeepsRowsConsistent()
+    {
+        CCmtdViewAnaName *names = m_frame->nameView();
+        CCmtdViewAnaWave *wave = m_frame->waveView();
+        const CCmtd99File &file = m_frame->recording();
+        const CChnMapBase *uc = file.analogMaps[2].get();
+        menuFor(uc);
+        names->menuAction(CCmtdViewAnaName::MenuPick)->trigger();
+        // Insert Uc behind Ua: Ua, Uc, Ub, Trip.
+        QVERIFY(menuFor(file.analogMaps[0].get()).contains(names->menuAction(CCmtdViewAnaName::MenuInsert)));
+        names->menuAction(CCmtdViewAnaName::MenuInsert)->trigger();
+        QCOMPARE(int(wave->rows.size()), 4);
+        QCOMPARE(wave->rows[1].channels.first(), uc);
+        QCOMPARE(wave->rows[2].channels.first(), file.analogMaps[1].get());
+        QVERIFY(!names->picked().channel);
+        // Hide takes the row's height away.
+        menuFor(uc);
+        names->menuAction(CCmtdViewAnaName::MenuHide)->trigger();
+        QVERIFY(wave->rows[1].centerY < 0);
+        m_frame->action(CCmtdChildFrame::ActChnShowAll)->trigger();
+        QVERIFY(wave->rows[1].centerY > 0);
+    }
+
+private:
+    QTemporaryDir m_dir;
+    CMainFrame *m_main = nullptr;
+    CCmtdChildFrame *m_frame = nullptr;
+};
+
+QTEST_MAIN(NameColumnTest)
+#include "test_namecolumn.moc"
