@@ -245,6 +245,8 @@ void CCmtdChildFrame::finishJob()
                 slot_WaveShowChnHideS0();
             if (globalOptions.stateMask & CGlobalOptions::ChnNameAhead)
                 displayFlags |= 0x2000000;
+            if (globalOptions.stateMask & CGlobalOptions::AutoSaveWaveViewStatus)
+                m_waveView->loadStatus(lastStatusPath().constData());
         }
     }
     setBackgroundBit(StateBusy, false);
@@ -329,8 +331,12 @@ void CCmtdChildFrame::updateCursorTexts()
 void CCmtdChildFrame::closeEvent(QCloseEvent *event)
 {
     // The worker is told to end before anything is asked: a running job stops at its next check.
+    const bool loaded = !(backgroundState() & StateLoading) && m_file.loadedPoints >= 5;
     setBackgroundBit(StateClosing | StateCancel, true);
     m_thread.requestQuit();
+    // A view of a recording still being read is not kept: it would not fit the whole file.
+    if (loaded && (globalOptions.stateMask & CGlobalOptions::AutoSaveWaveViewStatus))
+        m_waveView->saveStatus(lastStatusPath().constData());
     if (m_modified) {
         const QMessageBox::StandardButton answer = QMessageBox::warning(
             this, QString(), tr("'%1' has Modified.\nSave it Now?").arg(currentFileName()),

@@ -199,6 +199,9 @@ private:
     void slot_BtnServerStop();
     void slot_WaveShowGrpOver();
     void slot_WaveShowChnPick();
+    void slot_WaveShowSaveStatus();
+    void slot_WaveShowLoadStatus();
+    QByteArray lastStatusPath() const;
     void slot_WaveShowChnReSort();
     void slot_WaveShowT0();
     void slot_WaveShowT0cSet();

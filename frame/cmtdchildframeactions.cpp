@@ -6,12 +6,15 @@
 #include "cmtdchildframe.h"
 #include "cmtdtext.h"
 #include "cmtdviewanawave.h"
+#include "globaloptions.h"
 #include "globalsettings.h"
 
 #include <QAction>
 #include <QComboBox>
 #include <QDialog>
 #include <QDialogButtonBox>
+#include <QFileDialog>
+#include <QFileInfo>
 #include <QListWidget>
 #include <QMenu>
 #include <QMenuBar>
@@ -131,6 +134,8 @@ void CCmtdChildFrame::createActions()
         {ActServerStop, &CCmtdChildFrame::slot_BtnServerStop},
         {ActGrpOver, &CCmtdChildFrame::slot_WaveShowGrpOver},
         {ActChnPick, &CCmtdChildFrame::slot_WaveShowChnPick},
+        {ActSaveStatus, &CCmtdChildFrame::slot_WaveShowSaveStatus},
+        {ActLoadStatus, &CCmtdChildFrame::slot_WaveShowLoadStatus},
         {ActChnReSort, &CCmtdChildFrame::slot_WaveShowChnReSort},
         {ActShowT0, &CCmtdChildFrame::slot_WaveShowT0},
         {ActT0cSet, &CCmtdChildFrame::slot_WaveShowT0cSet},
@@ -485,4 +490,36 @@ void CCmtdChildFrame::slot_WaveShowChnReSort()
 {
     slot_PaneTabViewSwitch(0);
     m_waveView->buildRows(true);
+}
+
+QByteArray CCmtdChildFrame::lastStatusPath() const
+{
+    return CmtdBasePath(m_fileName.toLocal8Bit().constData()) + "_last.wvs";
+}
+
+void CCmtdChildFrame::slot_WaveShowSaveStatus()
+{
+    slot_PaneTabViewSwitch(0);
+    const QString start = QFileInfo(m_fileName).path();
+    const QString path =
+        QFileDialog::getSaveFileName(this, QString(), start, tr("Wave View Status File(*.wvs)"));
+    if (path.isEmpty())
+        return;
+    if (!m_waveView->saveStatus(path.toLocal8Bit().constData()))
+        reportWarning("%s", tr("Failed to write %1").arg(path).toLocal8Bit().constData());
+}
+
+void CCmtdChildFrame::slot_WaveShowLoadStatus()
+{
+    slot_PaneTabViewSwitch(0);
+    const QString start = QFileInfo(m_fileName).path();
+    const QString path =
+        QFileDialog::getOpenFileName(this, QString(), start, tr("Wave View Status File(*.wvs)"));
+    if (path.isEmpty())
+        return;
+    if (!m_waveView->loadStatus(path.toLocal8Bit().constData()))
+        reportWarning("%s", tr("'%1' does not belong to this recording.")
+                                .arg(QFileInfo(path).fileName())
+                                .toLocal8Bit()
+                                .constData());
 }

@@ -49,6 +49,10 @@ public:
     // Clip mode: a dragged rectangle goes to the clipboard.
     void setClipMode(bool on);
     bool clipMode() const { return mode == 2; }
+    // The ".wvs" file of how the recording is being viewed; a file of another recording (other
+    // point or channel counts) is refused whole and changes nothing.
+    bool saveStatus(const char *path) const;
+    bool loadStatus(const char *path);
 
     int sampleAtPixel(int x) const;
     int pixelOfSample(int sample) const;

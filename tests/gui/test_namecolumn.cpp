@@ -12,6 +12,7 @@
 #include <QMenu>
 #include <QStandardPaths>
 #include <QTest>
+#include <cstdio>
 
 class NameColumnTest : public QObject
 {
@@ -148,6 +149,68 @@ private Q_SLOTS:
         QVERIFY(wave->rows[1].centerY < 0);
         m_frame->action(CCmtdChildFrame::ActChnShowAll)->trigger();
         QVERIFY(wave->rows[1].centerY > 0);
+    }
+
+    void waveViewStatusRoundTrip()
+    {
+        CCmtdViewAnaWave *wave = m_frame->waveView();
+        const CCmtd99File &file = m_frame->recording();
+        wave->groupOverlap();
+        wave->setHorzScale(3.0f);
+        wave->setCursorT1(321);
+        wave->setCursorT2(654);
+        file.analogMaps[1]->colour = 0xff123456;
+        file.analogMaps[2]->vScale = 2.5f;
+        file.statusMaps[0]->flags |= CChnMapBase::FlagDots;
+        m_frame->action(CCmtdChildFrame::ActValAng)->trigger();
+        const QByteArray path = m_dir.filePath(QStringLiteral("view.wvs")).toLocal8Bit();
+        QVERIFY(wave->saveStatus(path.constData()));
+
+        // Disturb everything, then read the file back.
+        wave->buildRows(false);
+        wave->setHorzScale(-1.0f);
+        wave->setCursorT1(0);
+        file.analogMaps[1]->colour = 0xff000000;
+        file.analogMaps[2]->vScale = 1.0f;
+        file.statusMaps[0]->flags &= ~CChnMapBase::FlagDots;
+        m_frame->action(CCmtdChildFrame::ActValAng)->trigger();
+        QVERIFY(wave->loadStatus(path.constData()));
+        QCOMPARE(wave->hScale, 3.0f);
+        QCOMPARE(wave->cursorT1, 321);
+        QCOMPARE(wave->cursorT2, 654);
+        QCOMPARE(file.analogMaps[1]->colour, 0xff123456u);
+        QCOMPARE(file.analogMaps[2]->vScale, 2.5f);
+        QVERIFY(file.statusMaps[0]->flags & CChnMapBase::FlagDots);
+        QVERIFY(m_frame->displayFlags & 0x800000);
+        QCOMPARE(int(wave->rows.size()), 2);
+        QCOMPARE(wave->rows[0].channels.size(), 3);
+    }
+
+    void waveViewStatusOfAnotherRecording()
+    {
+        CCmtdViewAnaWave *wave = m_frame->waveView();
+        const QByteArray path = m_dir.filePath(QStringLiteral("other.wvs")).toLocal8Bit();
+        FILE *out = std::fopen(path.constData(), "w");
+        std::fputs("[Public]\n  PointNum=999\n  ACNum=3\n  SCNum=1\n  curT1=7\n", out);
+        std::fclose(out);
+        wave->setCursorT1(50);
+        QVERIFY(!wave->loadStatus(path.constData()));
+        QCOMPARE(wave->cursorT1, 50);
+
+        // Entries of channels the recording lacks are dropped; the rest is taken.
+        out = std::fopen(path.constData(), "w");
+        std::fputs("[Public]\n  PointNum=1000\n  ACNum=3\n  SCNum=1\n  curT1=7\n"
+                   "[ACh]\n  idx=9\n  clr=0xff00ff00\n  vScale=2\n"
+                   "[ACh]\n  idx=1\n  clr=0xff0000ff\n  vScale=0.5\n"
+                   "[Axis]\nkey=11\nChMap=A1, A9, S1, \n",
+                   out);
+        std::fclose(out);
+        QVERIFY(wave->loadStatus(path.constData()));
+        QCOMPARE(wave->cursorT1, 7);
+        QCOMPARE(m_frame->recording().analogMaps[0]->colour, 0xff0000ffu);
+        QCOMPARE(m_frame->recording().analogMaps[0]->vScale, 1.0f); // below 1 is ignored
+        QCOMPARE(int(wave->rows.size()), 1);
+        QCOMPARE(wave->rows[0].channels.size(), 2);
     }
 
 private:
