@@ -50,6 +50,16 @@ int main(int argc, char **argv)
     globalOptions.selectLanguage();
 
     CMainFrame frame;
+    // One process works for the user: a second start hands its files over and leaves.
+    if (globalOptions.stateMask & CGlobalOptions::SingleInstance) {
+        frame.connectPort(CMdiMainFrame::kLinkPort);
+        if (frame.askRunning(CMdiMainFrame::kLinkPort, 500)) {
+            for (int i = 1; i < argc; ++i)
+                frame.sendFile(CMdiMainFrame::kLinkPort, QByteArray(argv[i]));
+            return 1;
+        }
+        frame.bindPort(CMdiMainFrame::kLinkPort);
+    }
     frame.initialize();
     // Maximised where a window manager honours it; sized to the screen where none runs.
     if (const QScreen *screen = QGuiApplication::primaryScreen())

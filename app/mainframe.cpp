@@ -1,12 +1,16 @@
 #include "mainframe.h"
 
+#include "cmtd99file.h"
 #include "cmtdchildframe.h"
 #include "globaloptions.h"
+#include "optionsdialog.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDir>
+#include <QDragEnterEvent>
+#include <QDropEvent>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QMdiArea>
@@ -14,6 +18,10 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QMimeData>
+#include <QSettings>
+#include <QTabBar>
+#include <QToolBar>
 
 namespace {
 
@@ -50,6 +58,7 @@ CMainFrame::CMainFrame(QWidget *parent) : CMdiMainFrame(parent)
     registerImages();
     setWindowTitle(QStringLiteral("VELDRIX"));
     setWindowIcon(QIcon(QStringLiteral(":/images/veldrix.svg")));
+    setAcceptDrops(true);
     lastDirectory = QDir::homePath();
 }
 
@@ -58,8 +67,8 @@ void CMainFrame::createActions()
     m_openAction = new QAction(QIcon(QStringLiteral(":/images/FileOpen.png")), QString(), this);
     m_openAction->setShortcut(QKeySequence::Open);
     connect(m_openAction, &QAction::triggered, this, &CMainFrame::slot_FileOpen);
-    // Joining recordings, the settings path map and the options dialog come with their own
-    // work; until then their entries are shown but cannot be chosen.
+    // Joining recordings and the settings path map come with their own work; until then their
+    // entries are shown but cannot be chosen.
     m_combinAction = new QAction(this);
     m_combinAction->setEnabled(false);
     m_infMapAction = new QAction(this);
@@ -71,6 +80,23 @@ void CMainFrame::createActions()
     m_quitAction = new QAction(this);
     m_quitAction->setShortcut(QKeySequence::Quit);
     connect(m_quitAction, &QAction::triggered, this, &QWidget::close);
+    m_optionsAction->setEnabled(true);
+    connect(m_optionsAction, &QAction::triggered, this, &CMainFrame::slot_Options);
+    for (QAction *&recent : m_recentActions) {
+        recent = new QAction(this);
+        connect(recent, &QAction::triggered, this, &CMainFrame::slot_FileRecentOpen);
+    }
+
+    m_tabsBar = addToolBar(QString());
+    m_tabsBar->setObjectName(QStringLiteral("Children Tabs"));
+    m_tabsBar->setMovable(false);
+    m_childTabs = new QTabBar(m_tabsBar);
+    m_childTabs->setDocumentMode(true);
+    m_childTabs->setExpanding(false);
+    m_childTabs->setDrawBase(false);
+    m_tabsBar->addWidget(m_childTabs);
+    m_tabsBar->hide();
+    connect(m_childTabs, &QTabBar::currentChanged, this, &CMainFrame::slot_childTabChanged);
     retranslate();
 }
 
@@ -85,6 +111,7 @@ void CMainFrame::retranslate()
     m_combinAction->setText(tr("Combin Files(&C)..."));
     m_infMapAction->setText(tr("Set Auto-ralting Path of TRWK Settings(&M)..."));
     m_optionsAction->setText(tr("Options(&T)"));
+    m_tabsBar->setWindowTitle(tr("Children Tabs"));
     m_aboutAction->setText(tr("Version(&A)"));
     m_quitAction->setText(tr("Quit(&Q)"));
     if (m_fileMenu)
@@ -118,12 +145,126 @@ void CMainFrame::updateMenus()
     m_fileMenu->addAction(m_infMapAction);
     anchors.infMap = m_infMapAction;
     anchors.afterInfMap = m_fileMenu->addSeparator();
+    for (QAction *recent : m_recentActions)
+        m_fileMenu->addAction(recent);
+    m_fileMenu->addSeparator();
     m_fileMenu->addAction(m_optionsAction);
     m_fileMenu->addAction(m_aboutAction);
     m_fileMenu->addAction(m_quitAction);
+    updateRecentFiles();
+    updateTabs();
     if (activeChild) {
         activeChild->buildMenus(bar, anchors);
         activeChild->updateActions();
+    }
+}
+
+QStringList CMainFrame::recentFiles() const
+{
+    QSettings settings(QStringLiteral("TRWK"), QStringLiteral("VELDRIX"));
+    return settings.value(QStringLiteral("recentFileList")).toStringList();
+}
+
+void CMainFrame::addRecentFile(const QString &path)
+{
+    QSettings settings(QStringLiteral("TRWK"), QStringLiteral("VELDRIX"));
+    QStringList files = settings.value(QStringLiteral("recentFileList")).toStringList();
+    files.removeAll(path);
+    files.prepend(path);
+    while (files.size() > kRecentFiles)
+        files.removeLast();
+    settings.setValue(QStringLiteral("recentFileList"), files);
+    updateRecentFiles();
+}
+
+void CMainFrame::updateRecentFiles()
+{
+    const QStringList files = recentFiles();
+    for (int i = 0; i < kRecentFiles; ++i) {
+        QAction *action = m_recentActions[i];
+        if (i < files.size()) {
+            action->setText(QStringLiteral("&%1 %2").arg(i + 1).arg(QFileInfo(files[i]).fileName()));
+            action->setData(files[i]);
+            action->setStatusTip(files[i]);
+            action->setVisible(true);
+        } else {
+            action->setVisible(false);
+        }
+    }
+}
+
+void CMainFrame::slot_FileRecentOpen()
+{
+    if (auto *action = qobject_cast<QAction *>(sender()))
+        openFile(action->data().toString());
+}
+
+void CMainFrame::updateTabs()
+{
+    const QList<CMdiChildFrame *> list = children();
+    m_childTabs->blockSignals(true);
+    while (m_childTabs->count() > 0)
+        m_childTabs->removeTab(0);
+    for (CMdiChildFrame *child : list) {
+        const int tab = m_childTabs->addTab(child->windowIcon(), QFileInfo(child->fileName()).fileName());
+        m_childTabs->setTabData(tab, QVariant::fromValue<QObject *>(child));
+        m_childTabs->setTabToolTip(tab, child->fileName());
+        if (child == activeChild)
+            m_childTabs->setCurrentIndex(tab);
+    }
+    m_childTabs->blockSignals(false);
+    // The tabs help only where there is a choice.
+    m_tabsBar->setVisible(list.size() >= 2);
+}
+
+void CMainFrame::slot_childTabChanged(int index)
+{
+    auto *child = qobject_cast<CMdiChildFrame *>(m_childTabs->tabData(index).value<QObject *>());
+    if (!child)
+        return;
+    const QList<QMdiSubWindow *> windows = mdiArea->subWindowList();
+    for (QMdiSubWindow *window : windows) {
+        if (window->widget() == child)
+            mdiArea->setActiveSubWindow(window);
+    }
+}
+
+void CMainFrame::childClosed(CMdiChildFrame *child)
+{
+    CMdiMainFrame::childClosed(child);
+    // The closing frame is still listed until it is deleted: rebuild the tabs without it.
+    QMetaObject::invokeMethod(
+        this, [this] { updateMenus(); }, Qt::QueuedConnection);
+}
+
+void CMainFrame::slot_Options()
+{
+    COptionsDialog dialog(globalOptions, this);
+    if (dialog.exec() == QDialog::Accepted) {
+        dialog.apply();
+        globalOptions.save();
+        for (CMdiChildFrame *child : children())
+            child->update();
+    }
+}
+
+void CMainFrame::dragEnterEvent(QDragEnterEvent *event)
+{
+    event->acceptProposedAction();
+}
+
+void CMainFrame::dragMoveEvent(QDragMoveEvent *event)
+{
+    event->acceptProposedAction();
+}
+
+void CMainFrame::dropEvent(QDropEvent *event)
+{
+    event->acceptProposedAction();
+    const QList<QUrl> urls = event->mimeData()->urls();
+    for (const QUrl &url : urls) {
+        if (url.isLocalFile())
+            openFile(url.toLocalFile());
     }
 }
 
@@ -132,6 +273,20 @@ void CMainFrame::openFile(const QString &path)
     if (path.isEmpty() || !QFileInfo::exists(path))
         return;
     const QString base = basePathOf(path);
+    if (globalOptions.cvtToCmtd) {
+        // A recorder's native file is turned into COMTRADE beside it, unless a current
+        // extension file already stands there.
+        CCmtd99File probe;
+        const int version = probe.ReadInfVersion((base + QStringLiteral(".inf")).toLocal8Bit().constData());
+        QString native = base + QStringLiteral(".trd");
+        if (!QFileInfo::exists(native))
+            native = base + QStringLiteral(".trh");
+        if (QFileInfo::exists(native) && version < 2) {
+            QApplication::setOverrideCursor(Qt::WaitCursor);
+            globalOptions.convertRecorderFile(native.toLocal8Bit().constData());
+            QApplication::restoreOverrideCursor();
+        }
+    }
     const QString cfg = siblingOf(base, QStringLiteral(".cfg"));
     if (!QFileInfo::exists(cfg)) {
         reportWarning("File is not exist: %s\n", cfg.toLocal8Bit().constData());
@@ -149,6 +304,7 @@ void CMainFrame::openFile(const QString &path)
             if (window->widget() == open)
                 mdiArea->setActiveSubWindow(window);
         }
+        addRecentFile(QFileInfo(cfg).canonicalFilePath());
         return;
     }
     createChild(cfg);
@@ -167,13 +323,17 @@ CMdiChildFrame *CMainFrame::createChild(const QString &path)
     QWidget *window = child->parentWidget();
     window->setWindowIcon(child->windowIcon());
     window->showMaximized();
+    addRecentFile(child->fileName());
     updateMenus();
     return child;
 }
 
 void CMainFrame::slot_FileOpen()
 {
-    const QString filter = tr("All Supported File") + QStringLiteral(" (*.cfg *.CFG *.inf *.INF)");
+    const QString patterns = globalOptions.cvtToCmtd
+                                 ? QStringLiteral("(*.cfg *.inf *.trd *.trh *.CFG *.INF *.TRD *.TRH)")
+                                 : QStringLiteral("(*.cfg *.inf *.CFG *.INF)");
+    const QString filter = tr("All Supported File") + patterns;
     const QStringList paths = QFileDialog::getOpenFileNames(this, QString(), lastDirectory, filter);
     for (const QString &path : paths)
         openFile(path);

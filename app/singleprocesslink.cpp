@@ -1,0 +1,155 @@
+// The single-process link of the main frame: datagrams on the local host between a running
+// process and a second start.
+
+#include "mdimainframe.h"
+
+#include <QApplication>
+#include <QUdpSocket>
+
+#include <cstring>
+
+namespace {
+
+CMdiMainFrame::DatagramRecord makeRecord(int type)
+{
+    CMdiMainFrame::DatagramRecord record;
+    std::memset(&record, 0, sizeof record);
+    record.magic = CMdiMainFrame::kLinkMagic;
+    record.magic2 = CMdiMainFrame::kLinkMagic;
+    record.type = static_cast<uint32_t>(type);
+    return record;
+}
+
+} // namespace
+
+bool CMdiMainFrame::connectPort(uint16_t port)
+{
+    if (!m_socket)
+        m_socket = new QUdpSocket(this);
+    m_socket->abort();
+    m_socket->connectToHost(QHostAddress(QHostAddress::LocalHost), port, QIODevice::ReadWrite);
+    return m_socket->state() == QAbstractSocket::ConnectedState;
+}
+
+bool CMdiMainFrame::bindPort(uint16_t port)
+{
+    if (!m_socket)
+        m_socket = new QUdpSocket(this);
+    m_socket->abort();
+    // A port that another program holds, or that the system keeps for privileged users, leaves
+    // this process working alone.
+    if (!m_socket->bind(QHostAddress(QHostAddress::LocalHost), port))
+        return false;
+    connect(m_socket, &QUdpSocket::readyRead, this, &CMdiMainFrame::slot_copyDataNotify);
+    return true;
+}
+
+bool CMdiMainFrame::sendDatagram(uint16_t port, const DatagramRecord &record)
+{
+    if (!m_socket)
+        m_socket = new QUdpSocket(this);
+    const qint64 size = kHeaderSize + qint64(record.length <= sizeof record.payload ? record.length : 0);
+    const auto *bytes = reinterpret_cast<const char *>(&record);
+    const qint64 written =
+        m_socket->state() == QAbstractSocket::ConnectedState
+            ? m_socket->write(bytes, size)
+            : m_socket->writeDatagram(bytes, size, QHostAddress(QHostAddress::LocalHost), port);
+    return written == size;
+}
+
+bool CMdiMainFrame::send(uint16_t port, int type, int length, const void *data)
+{
+    DatagramRecord record = makeRecord(type);
+    if (length < 0 || length > int(sizeof record.payload)) {
+        length = 0; // too long to travel: the type goes alone
+    } else if (length > 0 && data) {
+        std::memcpy(record.payload, data, static_cast<size_t>(length));
+    }
+    record.length = static_cast<uint32_t>(length);
+    return sendDatagram(port, record);
+}
+
+bool CMdiMainFrame::waitDatagram(DatagramRecord &record, int timeout)
+{
+    std::memset(&record, 0, sizeof record);
+    if (!m_socket || !m_socket->waitForReadyRead(timeout))
+        return false;
+    if (!m_socket->hasPendingDatagrams() || m_socket->pendingDatagramSize() < kHeaderSize)
+        return false;
+    QHostAddress address;
+    quint16 port = 0;
+    const qint64 got =
+        m_socket->readDatagram(reinterpret_cast<char *>(&record), sizeof record, &address, &port);
+    m_senderAddress = address;
+    m_senderPort = port;
+    return got >= kHeaderSize;
+}
+
+bool CMdiMainFrame::askRunning(uint16_t port, int timeout)
+{
+    if (!send(port, 3, 0, nullptr))
+        return false;
+    DatagramRecord reply;
+    if (!waitDatagram(reply, timeout))
+        return false;
+    return reply.type == 1 && reply.magic == kLinkMagic && reply.magic2 == kLinkMagic &&
+           reply.length <= sizeof reply.payload;
+}
+
+bool CMdiMainFrame::sendFile(uint16_t port, const QByteArray &text)
+{
+    return send(port, 4, static_cast<int>(text.size()) + 1, text.constData());
+}
+
+void CMdiMainFrame::slot_copyDataNotify()
+{
+    while (m_socket && m_socket->hasPendingDatagrams()) {
+        DatagramRecord record;
+        std::memset(&record, 0, sizeof record);
+        QHostAddress address;
+        quint16 port = 0;
+        // The record is cleared before each read and one byte longer than any payload may be
+        // read into it, so a text payload always ends with a zero.
+        const qint64 got =
+            m_socket->readDatagram(reinterpret_cast<char *>(&record), sizeof record - 1, &address, &port);
+        if (got < kHeaderSize)
+            continue;
+        m_senderAddress = address;
+        m_senderPort = port;
+        handleDatagram(record);
+    }
+}
+
+bool CMdiMainFrame::answer(int type)
+{
+    const DatagramRecord record = makeRecord(type);
+    const auto *bytes = reinterpret_cast<const char *>(&record);
+    return m_socket &&
+           m_socket->writeDatagram(bytes, kHeaderSize, m_senderAddress, m_senderPort) == kHeaderSize;
+}
+
+bool CMdiMainFrame::handleDatagram(const DatagramRecord &record)
+{
+    switch (record.type) {
+    case 2:
+        answer(1);
+        return true;
+    case 3:
+        answer(1);
+        QApplication::alert(this, 3000);
+        if (isMinimized())
+            showMaximized();
+        raise();
+        activateWindow();
+        return true;
+    case 4: {
+        const QByteArray path(record.payload,
+                              static_cast<qsizetype>(strnlen(record.payload, sizeof record.payload)));
+        if (!path.isEmpty())
+            openFile(QString::fromLocal8Bit(path));
+        return true;
+    }
+    default:
+        return false; // a stranger's datagram gets no answer
+    }
+}

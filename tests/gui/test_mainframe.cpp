@@ -1,0 +1,182 @@
+// The main frame: routing of every file name to its recording, recent files, the tab bar, and
+// the datagrams of the single-process link.
+
+#include "cmtdchildframe.h"
+#include "mainframe.h"
+#include "recordingwriter.h"
+
+#include <QSettings>
+#include <QStandardPaths>
+#include <QTabBar>
+#include <QTest>
+#include <QTimer>
+#include <QToolBar>
+#include <QUdpSocket>
+
+#include <cstring>
+#include <thread>
+
+namespace {
+
+// A free high port on the loopback interface for the link under test.
+uint16_t freePort()
+{
+    QUdpSocket probe;
+    probe.bind(QHostAddress(QHostAddress::LocalHost), 0);
+    return probe.localPort();
+}
+
+QByteArray datagram(uint32_t type, const QByteArray &payload = QByteArray(), uint32_t magic = 0x20060215)
+{
+    QByteArray bytes(16, 0);
+    const uint32_t header[4] = {magic, type, uint32_t(payload.size()), magic};
+    std::memcpy(bytes.data(), header, 16);
+    return bytes + payload;
+}
+
+} // namespace
+
+class MainFrameTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QStandardPaths::setTestModeEnabled(true);
+        QSettings(QStringLiteral("TRWK"), QStringLiteral("VELDRIX")).clear();
+    }
+
+    void init()
+    {
+        m_main = new CMainFrame;
+        m_main->initialize();
+        m_main->resize(1000, 700);
+        m_main->show();
+    }
+
+    void cleanup()
+    {
+        m_main->close();
+        delete m_main;
+    }
+
+    void everyFileOfARecordingOpensOneDocument()
+    {
+        const QString cfg = writeRecording(m_dir, "route", 300, 2, 1);
+        const QString base = cfg.left(cfg.size() - 4);
+        m_main->openFile(base + QStringLiteral(".dat"));
+        QCOMPARE(m_main->children().size(), 1);
+        auto *frame = qobject_cast<CCmtdChildFrame *>(m_main->children().first());
+        QVERIFY(waitIdle(frame));
+        QCOMPARE(frame->fileName(), QFileInfo(cfg).canonicalFilePath());
+        // The same recording again, by another of its files: no second document.
+        m_main->openFile(cfg);
+        QCOMPARE(m_main->children().size(), 1);
+        QCOMPARE(m_main->recentFiles().first(), QFileInfo(cfg).canonicalFilePath());
+        // One document: no tab bar; a second shows it.
+        QVERIFY(!m_main->tabsBar()->isVisible());
+        m_main->openFile(writeRecording(m_dir, "second", 300, 1, 0));
+        QCOMPARE(m_main->children().size(), 2);
+        QVERIFY(m_main->tabsBar()->isVisible());
+        QCOMPARE(m_main->childTabs()->count(), 2);
+    }
+
+    void ninthRecentFilePushesOutTheOldest()
+    {
+        for (int i = 0; i < 9; ++i)
+            m_main->addRecentFile(QStringLiteral("/data/rec%1.cfg").arg(i));
+        const QStringList files = m_main->recentFiles();
+        QCOMPARE(files.size(), 8);
+        QCOMPARE(files.first(), QStringLiteral("/data/rec8.cfg"));
+        QVERIFY(!files.contains(QStringLiteral("/data/rec0.cfg")));
+        // A repeated path moves to the front instead of standing twice.
+        m_main->addRecentFile(QStringLiteral("/data/rec4.cfg"));
+        QCOMPARE(m_main->recentFiles().first(), QStringLiteral("/data/rec4.cfg"));
+        QCOMPARE(m_main->recentFiles().count(QStringLiteral("/data/rec4.cfg")), 1);
+    }
+
+    void datagramsOfTheLink()
+    {
+        const uint16_t port = freePort();
+        QVERIFY(m_main->bindPort(port));
+        QUdpSocket peer;
+        QVERIFY(peer.bind(QHostAddress(QHostAddress::LocalHost), 0));
+        auto answer = [&peer]() -> QByteArray {
+            if (!peer.waitForReadyRead(300) && !peer.hasPendingDatagrams())
+                return QByteArray();
+            QByteArray bytes(int(peer.pendingDatagramSize()), 0);
+            peer.readDatagram(bytes.data(), bytes.size());
+            return bytes;
+        };
+        auto sendAndServe = [&](const QByteArray &bytes) {
+            peer.writeDatagram(bytes, QHostAddress(QHostAddress::LocalHost), port);
+            QTest::qWait(100); // the frame reads it on its event loop
+        };
+        // Types 2 and 3 are answered with type 1.
+        for (uint32_t type : {2u, 3u}) {
+            sendAndServe(datagram(type));
+            const QByteArray reply = answer();
+            QCOMPARE(reply.size(), 16);
+            uint32_t header[4];
+            std::memcpy(header, reply.constData(), 16);
+            QCOMPARE(header[1], 1u);
+            QCOMPARE(header[0], 0x20060215u);
+        }
+        // A stranger's type and a short datagram get no answer.
+        sendAndServe(datagram(7));
+        QVERIFY(answer().isEmpty());
+        sendAndServe(QByteArray("short", 5));
+        QVERIFY(answer().isEmpty());
+        // Type 4 opens the file named up to its first zero byte.
+        const QString cfg = writeRecording(m_dir, "sent", 300, 1, 0);
+        sendAndServe(datagram(4, cfg.toLocal8Bit() + QByteArray("\0tail", 5)));
+        QCOMPARE(m_main->children().size(), 1);
+    }
+
+    void secondStartAsksAndHandsOver()
+    {
+        // A running process stands in as a plain responder on its own thread, since the second
+        // start waits for the answer on this one.
+        for (const uint32_t magic : {0x20060215u, 0x12345678u}) {
+            const uint16_t port = freePort();
+            QByteArray received;
+            std::thread responder([&] {
+                QUdpSocket socket;
+                socket.bind(QHostAddress(QHostAddress::LocalHost), port);
+                for (int i = 0; i < 2; ++i) {
+                    if (!socket.waitForReadyRead(2000))
+                        return;
+                    QByteArray bytes(int(socket.pendingDatagramSize()), 0);
+                    QHostAddress from;
+                    quint16 fromPort = 0;
+                    socket.readDatagram(bytes.data(), bytes.size(), &from, &fromPort);
+                    if (i == 0)
+                        socket.writeDatagram(datagram(1, QByteArray(), magic), from, fromPort);
+                    else
+                        received = bytes;
+                }
+            });
+            QTest::qWait(50);
+            CMainFrame second;
+            second.connectPort(port);
+            const bool running = second.askRunning(port, 1000);
+            QCOMPARE(running, magic == 0x20060215u);
+            // A path too long for one datagram travels with no payload.
+            QVERIFY(second.sendFile(port, QByteArray(1008, 'x')));
+            responder.join();
+            QCOMPARE(received.size(), 16);
+            uint32_t header[4];
+            std::memcpy(header, received.constData(), 16);
+            QCOMPARE(header[1], 4u);
+            QCOMPARE(header[2], 0u);
+        }
+    }
+
+private:
+    QTemporaryDir m_dir;
+    CMainFrame *m_main = nullptr;
+};
+
+QTEST_MAIN(MainFrameTest)
+#include "test_mainframe.moc"
