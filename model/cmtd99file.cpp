@@ -287,6 +287,10 @@ int CCmtd99File::LoadCfg(const char *path)
     // station_name,rec_dev_id,rev_year
     if (!nextLine())
         return ReadDone;
+    // A byte-order mark belongs to the file, not to the station's name.
+    if (static_cast<unsigned char>(line[0]) == 0xEF && static_cast<unsigned char>(line[1]) == 0xBB &&
+        static_cast<unsigned char>(line[2]) == 0xBF)
+        line += 3;
     split();
     if (count < 2) {
         AddCfgMessage(CmtdMessage("Lossing Parameters (<2), Needs [station-name, station-id <, revision>]!"));
@@ -300,6 +304,7 @@ int CCmtd99File::LoadCfg(const char *path)
             desc.flags |= CmtdFileDescription::RevYearGiven;
     }
     const bool form1999 = std::atoi(desc.revYear.constData()) >= 1999;
+    const bool form2013 = desc.is2013();
 
     // TT,##A,##D in either order of the two counts
     if (!nextLine())
@@ -387,16 +392,24 @@ int CCmtd99File::LoadCfg(const char *path)
     }
 
     // start and trigger stamps
-    const auto parse = form1999 ? ParseTime1999 : ParseTime1991;
+    auto parse = [&](RecordTime &time) {
+        if (!form2013)
+            return form1999 ? ParseTime1999(line, time) : ParseTime1991(line, time);
+        QByteArray note;
+        const bool taken = ParseTime2013(line, time, note);
+        if (!note.isEmpty())
+            AddCfgMessage(CmtdMessage(note.constData()));
+        return taken;
+    };
     if (!nextLine())
         return ReadDone;
-    if (parse(line, desc.startTime))
+    if (parse(desc.startTime))
         desc.flags |= CmtdFileDescription::StartTimeGiven;
     else
         AddCfgMessage(CmtdMessage("Invalid [start time of Recording]! [%s]", line));
     if (!nextLine())
         return ReadDone;
-    if (parse(line, desc.triggerTime))
+    if (parse(desc.triggerTime))
         desc.flags |= CmtdFileDescription::TriggerTimeGiven;
     else
         AddCfgMessage(CmtdMessage("Invalid [trigger time of Recording]! [%s]", line));
@@ -405,7 +418,8 @@ int CCmtd99File::LoadCfg(const char *path)
     if (!nextLine())
         return ReadDone;
     desc.fileType = line;
-    if (equalsNoCase(line, "BINARY") || equalsNoCase(line, "ASCII"))
+    if (equalsNoCase(line, "BINARY") || equalsNoCase(line, "ASCII") ||
+        (form2013 && (equalsNoCase(line, "BINARY32") || equalsNoCase(line, "FLOAT32"))))
         desc.flags |= CmtdFileDescription::FileTypeGiven;
 
     if (!form1999)
@@ -417,6 +431,25 @@ int CCmtd99File::LoadCfg(const char *path)
         desc.flags |= CmtdFileDescription::TimeMultGiven;
     else
         AddCfgMessage(CmtdMessage("Invalid [time multiplication factor]! [%s]", line));
+    if (!form2013)
+        return ReadDone;
+
+    // time_code,local_code and tmq_code,leapsec; a DOS end-of-file byte ends the text.
+    for (QByteArray *pair : {&desc.timeCode, &desc.timeQuality}) {
+        if (!nextLine())
+            return ReadDone;
+        if (line[0] == '\x1a') {
+            AddCfgMessage(
+                CmtdMessage("DOS end-of-file bytes end the configuration file; the rest is ignored"));
+            return ReadDone;
+        }
+        split();
+        pair[0] = fields[0];
+        QByteArray &second = pair == &desc.timeCode ? desc.localCode : desc.leapSecond;
+        second = count >= 2 ? QByteArray(fields[1]) : QByteArray();
+    }
+    if (nextLine() && line[0] == '\x1a')
+        AddCfgMessage(CmtdMessage("DOS end-of-file bytes end the configuration file; the rest is ignored"));
     return ReadDone;
 }
 
@@ -542,6 +575,10 @@ bool CCmtd99File::SaveCfg(const char *path)
     }
     file.Printf("%s\n", desc.fileType.constData());
     file.Printf("%.6f\n", double(desc.timeMult));
+    if (desc.is2013()) {
+        file.Printf("%s,%s\n", desc.timeCode.constData(), desc.localCode.constData());
+        file.Printf("%s,%s\n", desc.timeQuality.constData(), desc.leapSecond.constData());
+    }
     return true;
 }
 

@@ -85,7 +85,8 @@ public:
     {}
 
     bool prepare();
-    int loadBinary(const char *path);
+    // `width` 2 for 16-bit values, 4 for 32-bit integers or (`floats`) IEEE floats.
+    int loadBinary(const char *path, int width = 2, bool floats = false);
     int loadAscii(const char *path);
 
 private:
@@ -107,7 +108,8 @@ private:
     void convert(int n);
     void takeStatus(int channel, int n, int bit);
     void markShifting(int channel);
-    void takeAnalogRun(int c, const unsigned char *first, int stride, int n0, int count);
+    void takeAnalogRun(int c, const unsigned char *first, int stride, int n0, int count, int width,
+                       bool floats);
     void takeStatusWords(const unsigned char *status, int words, int statuses, int n, uint16_t *lastWords);
     void storeExtremes();
     void finish();
@@ -304,20 +306,36 @@ inline void CDatLoader::takeStatus(int channel, int n, int bit)
     m_lastBit[channel] = static_cast<uint8_t>(bit);
 }
 
-void CDatLoader::takeAnalogRun(int c, const unsigned char *first, int stride, int n0, int count)
+void CDatLoader::takeAnalogRun(int c, const unsigned char *first, int stride, int n0, int count, int width,
+                               bool floats)
 {
     const double gain = m_gain[c];
     const double offset = m_offset[c];
     float high = m_max[c];
     float low = m_min[c];
     float *out = m_values[c] + n0;
-    for (int r = 0; r < count; ++r, first += stride) {
-        const auto v = static_cast<float>(readInt16(first) * gain + offset);
+    auto take = [&](int r, double raw) {
+        const auto v = static_cast<float>(raw * gain + offset);
         out[r] = v;
         if (v > high)
             high = v;
         else if (v < low)
             low = v;
+    };
+    // One loop per value type, so that the type is not asked per sample.
+    if (width == 2) {
+        for (int r = 0; r < count; ++r, first += stride)
+            take(r, readInt16(first));
+    } else if (!floats) {
+        for (int r = 0; r < count; ++r, first += stride)
+            take(r, readInt32(first));
+    } else {
+        for (int r = 0; r < count; ++r, first += stride) {
+            const uint32_t bits = static_cast<uint32_t>(readInt32(first));
+            float value;
+            std::memcpy(&value, &bits, sizeof value);
+            take(r, value);
+        }
     }
     m_max[c] = high;
     m_min[c] = low;
@@ -370,13 +388,13 @@ void CDatLoader::finish()
     m_file.BuildScaleGroups();
 }
 
-int CDatLoader::loadBinary(const char *path)
+int CDatLoader::loadBinary(const char *path, int width, bool floats)
 {
     CCmtd99File &file = m_file;
     const int analogs = static_cast<int>(file.analogMaps.size());
     const int statuses = static_cast<int>(file.statusMaps.size());
     const int words = (statuses + 15) / 16;
-    const int recordSize = (analogs + 4) * 2 + words * 2;
+    const int recordSize = 8 + analogs * width + words * 2;
 
     int64_t blockSize = std::min<int64_t>(kMaxBlock, int64_t(file.pointCount) * recordSize);
     std::unique_ptr<unsigned char[]> block;
@@ -398,7 +416,7 @@ int CDatLoader::loadBinary(const char *path)
         return 0;
     }
     startProgress();
-    const int statusOffset = 8 + analogs * 2;
+    const int statusOffset = 8 + analogs * width;
     std::vector<uint16_t> lastWords(static_cast<size_t>(words), 0);
     for (;;) {
         if (cancelled())
@@ -425,7 +443,7 @@ int CDatLoader::loadBinary(const char *path)
                 takeStatusWords(record + statusOffset, words, statuses, n, lastWords.data());
             }
             for (int c = 0; c < analogs; ++c)
-                takeAnalogRun(c, run + 8 + 2 * c, recordSize, n0, usable);
+                takeAnalogRun(c, run + 8 + width * c, recordSize, n0, usable, width, floats);
             file.loadedPoints = n0 + usable;
             if (usable < count) {
                 tooLong();
@@ -433,8 +451,15 @@ int CDatLoader::loadBinary(const char *path)
                 return file.loadedPoints; // the closing step is left to the caller's job
             }
         }
-        if (got < blockSize)
+        if (got < blockSize) {
+            // Recorders pad the file (a DOS end-of-file byte, a half record); a 2013 recording
+            // says so in its messages.
+            const int rest = got > 0 ? got % recordSize : 0;
+            if (rest > 0 && file.fileDesc.is2013())
+                file.AddDatMessage(
+                    CmtdMessage("%d bytes behind the last whole record of the data file are ignored", rest));
             break;
+        }
     }
     finish();
     return file.loadedPoints;
@@ -549,8 +574,17 @@ bool CCmtd99File::LoadDat(const char *path, ProgressFn fn, void *context)
     }
 
     bool binary = false;
+    int width = 2;
+    bool floats = false;
     if (qstricmp(fileDesc.fileType.constData(), "BINARY") == 0) {
         binary = true;
+    } else if (fileDesc.is2013() && qstricmp(fileDesc.fileType.constData(), "BINARY32") == 0) {
+        binary = true;
+        width = 4;
+    } else if (fileDesc.is2013() && qstricmp(fileDesc.fileType.constData(), "FLOAT32") == 0) {
+        binary = true;
+        width = 4;
+        floats = true;
     } else if (qstricmp(fileDesc.fileType.constData(), "ASCII") != 0) {
         // The type line lies or is missing: a binary file starts with sample number 1.
         CDiskFile probe;
@@ -589,7 +623,8 @@ bool CCmtd99File::LoadDat(const char *path, ProgressFn fn, void *context)
 
     CDatLoader loader(*this, fn, context);
     loader.prepare();
-    loadedPoints = binary ? loader.loadBinary(datPath.constData()) : loader.loadAscii(datPath.constData());
+    loadedPoints = binary ? loader.loadBinary(datPath.constData(), width, floats)
+                          : loader.loadAscii(datPath.constData());
 
     if (loadedPoints >= 5) {
         // A file shorter than promised is no error: the segments end where the samples end.
@@ -628,16 +663,20 @@ void CCmtd99File::BuildScaleGroups()
 
 bool CCmtd99File::SaveDat(const char *datPath, int, int)
 {
-    // Widen a multiplier where the extreme value would not fit 16 bits; the configuration is
-    // written afterwards and carries the new multiplier.
+    const bool ascii = qstricmp(fileDesc.fileType.constData(), "ASCII") == 0;
+    const bool wide = fileDesc.is2013() && qstricmp(fileDesc.fileType.constData(), "BINARY32") == 0;
+    const bool floats = fileDesc.is2013() && qstricmp(fileDesc.fileType.constData(), "FLOAT32") == 0;
+    // Widen a multiplier where the extreme value would not fit the raw values (16 bits, or 32
+    // for the 2013 integers); the configuration is written afterwards and carries it.
     for (const auto &map : analogMaps) {
+        if (floats)
+            break;
         CmtdChn_Analog *c = map->config;
         const float peak = std::max(std::fabs(map->maxValue), std::fabs(map->minValue));
-        const float r = (peak - c->b) / c->a / 32766.0f;
+        const float r = (peak - c->b) / c->a / (wide ? 2147483000.0f : 32766.0f);
         if (r > 1.0f)
             c->a *= r;
     }
-    const bool ascii = qstricmp(fileDesc.fileType.constData(), "ASCII") == 0;
     CDiskFile out;
     if (!out.Open(datPath, "wb"))
         return false;
@@ -668,7 +707,8 @@ bool CCmtd99File::SaveDat(const char *datPath, int, int)
         }
     } else {
         const int words = (statuses + 15) / 16;
-        const int recordSize = (analogs + 4) * 2 + words * 2;
+        const int width = wide || floats ? 4 : 2;
+        const int recordSize = 8 + analogs * width + words * 2;
         std::unique_ptr<unsigned char[]> block(
             new (std::nothrow) unsigned char[static_cast<size_t>(recordSize) * kSaveRecords]);
         if (!block)
@@ -683,10 +723,22 @@ bool CCmtd99File::SaveDat(const char *datPath, int, int)
                 putInt32(record + 4, stampOf(n));
                 for (int c = 0; c < analogs; ++c) {
                     const CChnMapAnalog &map = *analogMaps[c];
+                    unsigned char *value = record + 8 + width * c;
+                    if (floats) {
+                        const auto raw = static_cast<float>((double(map.Value(n)) - double(map.config->b)) /
+                                                            double(map.config->a));
+                        uint32_t bits;
+                        std::memcpy(&bits, &raw, sizeof bits);
+                        putInt32(value, static_cast<int32_t>(bits));
+                        continue;
+                    }
                     const int raw = rawValue(map.Value(n), map.config->a, map.config->b);
-                    putInt16(record + 8 + 2 * c, std::clamp(raw, -32768, 32767));
+                    if (wide)
+                        putInt32(value, raw);
+                    else
+                        putInt16(value, std::clamp(raw, -32768, 32767));
                 }
-                unsigned char *status = record + 8 + 2 * analogs;
+                unsigned char *status = record + 8 + width * analogs;
                 for (int c = 0; c < statuses; ++c) {
                     if (statusMaps[c]->Bit(n))
                         status[(c >> 4) * 2 + ((c & 15) >> 3)] |= static_cast<unsigned char>(1u << (c & 7));

@@ -28,6 +28,10 @@ struct RecordTime
 // stamp is reset and false is returned.
 bool ParseTime1999(const char *text, RecordTime &time);
 bool ParseTime1991(const char *text, RecordTime &time);
+// The stamp of a 2013 recording: day first, a fraction of up to nine digits read by place and
+// kept to the microsecond. What recorders write besides (a decimal comma, no fraction at all)
+// is accepted, and `note` receives a word on it.
+bool ParseTime2013(const char *text, RecordTime &time, QByteArray &note);
 
 // One sampling segment: rate and the end of its samples, cumulative over the recording.
 struct SampleSegment
@@ -95,7 +99,15 @@ struct CmtdFileDescription
     RecordTime triggerTime;
     QByteArray fileType;
     float timeMult = 1.0f;
+    // The lines of a 2013 configuration behind the multiplier, kept as written.
+    QByteArray timeCode;    // time zone of the stamps, e.g. "+5h30"
+    QByteArray localCode;   // time zone of the recorder's place
+    QByteArray timeQuality; // tmq_code
+    QByteArray leapSecond;  // leapsec
     InfKeyValueList otherKeys;
+
+    // 2013 and later: 32-bit data types, nanosecond stamps, the time zone lines.
+    bool is2013() const { return revYear.toInt() >= 2013; }
 
     void Reset() { *this = CmtdFileDescription(); }
 };

@@ -15,7 +15,7 @@ int yearSince1900(int year)
     return year + 100;
 }
 
-bool parseStamp(const char *text, RecordTime &time, bool dayFirst)
+bool parseStamp(const char *text, RecordTime &time, bool dayFirst, QByteArray *note = nullptr)
 {
     if (!text)
         return false;
@@ -36,9 +36,27 @@ bool parseStamp(const char *text, RecordTime &time, bool dayFirst)
     if (!(p = std::strchr(p, ':')))
         return false;
     const int sec = std::atoi(++p);
-    if (!(p = std::strchr(p, '.')))
-        return false;
-    const long fraction = std::atol(++p);
+    long fraction = 0;
+    if (!note) {
+        if (!(p = std::strchr(p, '.')))
+            return false;
+        fraction = std::atol(++p);
+    } else {
+        // Digits by place: ".931" is 931 ms, ".123456789" 123456 µs and 789 ns dropped.
+        const char *dot = std::strpbrk(p, ".,");
+        if (!dot) {
+            *note = "No fraction of a second in the stamp, read as .000000: ";
+        } else {
+            if (*dot == ',')
+                *note = "Decimal comma in the fraction of the stamp, read as a point: ";
+            const char *digit = dot + 1;
+            int places = 0;
+            for (; *digit >= '0' && *digit <= '9' && places < 6; ++digit, ++places)
+                fraction = fraction * 10 + (*digit - '0');
+            for (; places < 6; ++places)
+                fraction *= 10;
+        }
+    }
 
     // A month of INT_MIN has no month before it; such a stamp is no date at all.
     const int month = dayFirst ? second : first;
@@ -97,6 +115,19 @@ bool ParseTime1991(const char *text, RecordTime &time)
 {
     if (parseStamp(text, time, false))
         return true;
+    time.Reset();
+    return false;
+}
+
+bool ParseTime2013(const char *text, RecordTime &time, QByteArray &note)
+{
+    note.clear();
+    if (parseStamp(text, time, true, &note)) {
+        if (!note.isEmpty())
+            note += text;
+        return true;
+    }
+    note.clear();
     time.Reset();
     return false;
 }

@@ -1,0 +1,142 @@
+// Recordings of the 2013 revision: 32-bit data types, nanosecond stamps, the time zone lines,
+// and what real recorders add — while 1999 files keep every rule they had.
+
+#include "cfgfixture.h"
+#include "cmtd99file.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <fstream>
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+Lines Config2013(const char *ft, const char *start = "01/02/2024,10:00:00.000000000",
+                 const char *trigger = "01/02/2024,10:00:00.100000000")
+{
+    return {"S,R,2013",
+            "3,2A,1D",
+            "1,IA,A,,A,0.5,1,0,-2147483647,2147483647,1,1,S",
+            "2,UA,A,,kV,0.001,0,0,-2147483647,2147483647,1,1,S",
+            "1,Trip,,,0",
+            "50",
+            "1",
+            "1000,6",
+            start,
+            trigger,
+            ft,
+            "1",
+            "+5h30,+5h30",
+            "B,3"};
+}
+
+void WriteWide(const std::string &path, bool floats)
+{
+    std::ofstream out(path, std::ios::binary);
+    for (int n = 0; n < 6; ++n) {
+        const int32_t head[2] = {n + 1, n * 1000};
+        out.write(reinterpret_cast<const char *>(head), 8);
+        if (floats) {
+            const float values[2] = {1.5f * n, -250.25f * n};
+            out.write(reinterpret_cast<const char *>(values), 8);
+        } else {
+            const int32_t values[2] = {100000 * n, -70000000 * n};
+            out.write(reinterpret_cast<const char *>(values), 8);
+        }
+        const uint16_t status = n >= 3 ? 1 : 0;
+        out.write(reinterpret_cast<const char *>(&status), 2);
+    }
+}
+
+using Revision2013 = RecordingTest;
+
+} // namespace
+
+TEST_F(Revision2013, WideDataTypesReadAndWriteBack)
+{
+    for (const bool floats : {false, true}) {
+        const std::string cfg = dir.write("w.cfg", Config2013(floats ? "float32" : "BINARY32"));
+        WriteWide(dir.path("w.dat"), floats);
+        CCmtd99File file;
+        ASSERT_TRUE(file.LoadFile(cfg.c_str()));
+        ASSERT_TRUE(file.LoadDat(cfg.c_str(), nullptr, nullptr));
+        ASSERT_EQ(file.loadedPoints, 6);
+        // Multiplier and offset apply to the floats too; kV is held in V.
+        const double ia = floats ? 1.5 * 5 * 0.5 + 1 : 100000.0 * 5 * 0.5 + 1;
+        const double kilo = double(0.001f) * 1000.0; // the multiplier is a 32-bit float
+        const double ua = floats ? double(-250.25f * 5) * kilo : -70000000.0 * 5 * kilo;
+        EXPECT_EQ(file.analogMaps[0]->Value(5), static_cast<float>(ia));
+        EXPECT_EQ(file.analogMaps[1]->Value(5), static_cast<float>(ua));
+        EXPECT_EQ(file.statusMaps[0]->Bit(3), 1);
+
+        ASSERT_TRUE(file.SaveFile(dir.path("back.cfg").c_str()));
+        CCmtd99File back;
+        const std::string saved = dir.path("back.cfg");
+        ASSERT_TRUE(back.LoadFile(saved.c_str()));
+        ASSERT_TRUE(back.LoadDat(saved.c_str(), nullptr, nullptr));
+        EXPECT_EQ(back.fileDesc.timeCode, "+5h30");
+        EXPECT_EQ(back.fileDesc.leapSecond, "3");
+        EXPECT_EQ(back.analogMaps[0]->Value(5), file.analogMaps[0]->Value(5));
+    }
+}
+
+TEST_F(Revision2013, StampsToTheMicrosecondAndWhatRecordersWrite)
+{
+    CCmtd99File file;
+    const std::string cfg =
+        dir.write("s.cfg", Config2013("BINARY", "01/02/2024,10:00:00.123456789", "01/02/2024,10:00:00.931"));
+    ASSERT_TRUE(file.LoadFile(cfg.c_str()));
+    EXPECT_EQ(file.fileDesc.startTime.microsecond, 123456);   // nanoseconds dropped
+    EXPECT_EQ(file.fileDesc.triggerTime.microsecond, 931000); // three digits by place
+    EXPECT_EQ(file.fileDesc.localCode, "+5h30");
+    EXPECT_EQ(file.fileDesc.timeQuality, "B");
+    EXPECT_TRUE(file.cfgMessages.isEmpty());
+
+    const std::string odd =
+        dir.write("o.cfg", Config2013("BINARY", "01/02/2024,10:00:00,5", "01/02/2024,10:00:01"));
+    CCmtd99File tolerant;
+    ASSERT_TRUE(tolerant.LoadFile(odd.c_str()));
+    EXPECT_EQ(tolerant.fileDesc.startTime.microsecond, 500000);
+    EXPECT_EQ(tolerant.fileDesc.triggerTime.second, 1);
+    ASSERT_EQ(tolerant.cfgMessages.size(), 2);
+    EXPECT_TRUE(tolerant.cfgMessages[0].text.startsWith("Decimal comma"));
+    EXPECT_TRUE(tolerant.cfgMessages[1].text.startsWith("No fraction"));
+
+    // A 1999 file keeps its rules: a nine-digit fraction is refused.
+    Lines lines = Config2013("BINARY", "01/02/2024,10:00:00.123456789");
+    lines[0] = "S,R,1999";
+    lines.resize(12);
+    CCmtd99File old;
+    old.LoadFile(dir.write("x.cfg", lines).c_str());
+    EXPECT_EQ(old.fileDesc.startTime.year, 2006);
+}
+
+TEST_F(Revision2013, DosEndOfFileAndAPaddedDataFileAreNamed)
+{
+    Lines lines = Config2013("BINARY");
+    lines.resize(12); // no time zone lines
+    lines.push_back("\x1a\x1a\x1a");
+    const std::string cfg = dir.write("d.cfg", lines);
+    std::ofstream dat(dir.path("d.dat"), std::ios::binary);
+    for (int n = 0; n < 6; ++n) {
+        const int32_t head[2] = {n + 1, n * 1000};
+        const int16_t values[2] = {int16_t(n), int16_t(-n)};
+        const uint16_t status = 0;
+        dat.write(reinterpret_cast<const char *>(head), 8);
+        dat.write(reinterpret_cast<const char *>(values), 4);
+        dat.write(reinterpret_cast<const char *>(&status), 2);
+    }
+    dat.write("\x1a\x1a\x1a", 3);
+    dat.close();
+    CCmtd99File file;
+    ASSERT_TRUE(file.LoadFile(cfg.c_str()));
+    ASSERT_EQ(file.cfgMessages.size(), 1);
+    EXPECT_TRUE(file.cfgMessages[0].text.startsWith("DOS end-of-file"));
+    ASSERT_TRUE(file.LoadDat(cfg.c_str(), nullptr, nullptr));
+    EXPECT_EQ(file.loadedPoints, 6);
+    ASSERT_FALSE(file.datMessages.isEmpty());
+    EXPECT_EQ(file.datMessages.back().text,
+              "3 bytes behind the last whole record of the data file are ignored");
+}
