@@ -4,6 +4,7 @@
 
 #include "globaloptions.h"
 #include "mainframe.h"
+#include "textcodec.h"
 
 #include <QApplication>
 #include <QFileInfo>
@@ -35,6 +36,8 @@ int main(int argc, char **argv)
     globalOptions.load();
     if (QTextCodec *codec = QTextCodec::codecForName(globalOptions.codec))
         QTextCodec::setCodecForLocale(codec);
+    // Recordings whose text is not UTF-8 are read in the configured codec first.
+    SetPreferredTextCodec(globalOptions.codec);
 
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("VELDRIX"));

@@ -18,7 +18,8 @@ QByteArray stampText(const RecordTime &t)
     return buffer;
 }
 
-void writeMessages(JsonWriter &json, const char *name, const LoadMessageList &messages)
+void writeMessages(JsonWriter &json, const CCmtd99File &file, const char *name,
+                   const LoadMessageList &messages)
 {
     json.key(name);
     json.beginArray();
@@ -27,16 +28,16 @@ void writeMessages(JsonWriter &json, const char *name, const LoadMessageList &me
         json.key("line");
         json.value(message.line);
         json.key("text");
-        json.value(CmtdText(message.text));
+        json.value(file.Text(message.text));
         json.endObject();
     }
     json.endArray();
 }
 
-void writeText(JsonWriter &json, const char *name, const QByteArray &bytes)
+void writeText(JsonWriter &json, const CCmtd99File &file, const char *name, const QByteArray &bytes)
 {
     json.key(name);
-    json.value(CmtdText(bytes));
+    json.value(file.Text(bytes));
 }
 
 void printPlain(const char *path, const CCmtd99File &file, bool loadOk)
@@ -44,8 +45,9 @@ void printPlain(const char *path, const CCmtd99File &file, bool loadOk)
     const CmtdFileDescription &d = file.fileDesc;
     std::printf("file:      %s\n", path);
     std::printf("usable:    %s (validation mask %d)\n", loadOk ? "yes" : "no", file.validationMask);
-    std::printf("station:   %s\n", CmtdText(d.stationName).toUtf8().constData());
-    std::printf("device:    %s\n", CmtdText(d.recDevId).toUtf8().constData());
+    std::printf("encoding:  %s\n", file.codecName.constData());
+    std::printf("station:   %s\n", file.Text(d.stationName).toUtf8().constData());
+    std::printf("device:    %s\n", file.Text(d.recDevId).toUtf8().constData());
     std::printf("revision:  %s\n", d.revYear.constData());
     std::printf("channels:  %d (%dA, %dD), line frequency %g Hz\n", d.totalChannels, d.analogCount,
                 d.statusCount, double(d.lineFreq));
@@ -57,11 +59,11 @@ void printPlain(const char *path, const CCmtd99File &file, bool loadOk)
         std::printf("           %d: %g Hz, samples %d..%d\n", s.index, double(s.rate), s.start, s.end - 1);
     std::printf("data type: %s, time multiplier %g\n", d.fileType.constData(), double(d.timeMult));
     for (const auto &c : file.analogChannels) {
-        std::printf("  A%-4d %-24s %-3s %-6s a=%g b=%g\n", c->index, CmtdText(c->ch_id).toUtf8().constData(),
-                    c->ph.constData(), CmtdText(c->uu).toUtf8().constData(), double(c->a), double(c->b));
+        std::printf("  A%-4d %-24s %-3s %-6s a=%g b=%g\n", c->index, file.Text(c->ch_id).toUtf8().constData(),
+                    c->ph.constData(), file.Text(c->uu).toUtf8().constData(), double(c->a), double(c->b));
     }
     for (const auto &c : file.statusChannels)
-        std::printf("  D%-4d %-24s y=%d\n", c->index, CmtdText(c->ch_id).toUtf8().constData(),
+        std::printf("  D%-4d %-24s y=%d\n", c->index, file.Text(c->ch_id).toUtf8().constData(),
                     c->normalState);
     const struct
     {
@@ -73,7 +75,7 @@ void printPlain(const char *path, const CCmtd99File &file, bool loadOk)
                    {"dat", file.datMessages}};
     for (const auto &source : sources) {
         for (const LoadMessage &m : source.list)
-            std::printf("%s:%d: %s\n", source.name, m.line, CmtdText(m.text).toUtf8().constData());
+            std::printf("%s:%d: %s\n", source.name, m.line, file.Text(m.text).toUtf8().constData());
     }
 }
 
@@ -88,9 +90,11 @@ void WriteDescriptionJson(JsonWriter &json, const char *path, const CCmtd99File 
     json.value(loadOk);
     json.key("validationMask");
     json.value(file.validationMask);
-    writeText(json, "station", d.stationName);
-    writeText(json, "device", d.recDevId);
-    writeText(json, "revYear", d.revYear);
+    json.key("encoding");
+    json.value(file.codecName.constData());
+    writeText(json, file, "station", d.stationName);
+    writeText(json, file, "device", d.recDevId);
+    writeText(json, file, "revYear", d.revYear);
     json.key("lineFreq");
     json.valueFloat(d.lineFreq);
     json.key("totalChannels");
@@ -139,7 +143,7 @@ void WriteDescriptionJson(JsonWriter &json, const char *path, const CCmtd99File 
     json.value(stampText(d.startTime).constData());
     json.key("triggerTime");
     json.value(stampText(d.triggerTime).constData());
-    writeText(json, "fileType", d.fileType);
+    writeText(json, file, "fileType", d.fileType);
     json.key("timeMult");
     json.valueFloat(d.timeMult);
     json.key("analog");
@@ -148,10 +152,10 @@ void WriteDescriptionJson(JsonWriter &json, const char *path, const CCmtd99File 
         json.beginObject();
         json.key("index");
         json.value(int(c->index));
-        writeText(json, "id", c->ch_id);
-        writeText(json, "ph", c->ph);
-        writeText(json, "ccbm", c->ccbm);
-        writeText(json, "uu", c->uu);
+        writeText(json, file, "id", c->ch_id);
+        writeText(json, file, "ph", c->ph);
+        writeText(json, file, "ccbm", c->ccbm);
+        writeText(json, file, "uu", c->uu);
         json.key("a");
         json.valueFloat(c->a);
         json.key("b");
@@ -192,9 +196,9 @@ void WriteDescriptionJson(JsonWriter &json, const char *path, const CCmtd99File 
         json.beginObject();
         json.key("index");
         json.value(int(c->index));
-        writeText(json, "id", c->ch_id);
-        writeText(json, "ph", c->ph);
-        writeText(json, "ccbm", c->ccbm);
+        writeText(json, file, "id", c->ch_id);
+        writeText(json, file, "ph", c->ph);
+        writeText(json, file, "ccbm", c->ccbm);
         json.key("y");
         json.value(int(c->normalState));
         json.key("flags");
@@ -208,10 +212,10 @@ void WriteDescriptionJson(JsonWriter &json, const char *path, const CCmtd99File 
     json.endArray();
     json.key("messages");
     json.beginObject();
-    writeMessages(json, "cfg", file.cfgMessages);
-    writeMessages(json, "inf", file.infMessages);
-    writeMessages(json, "ext", file.extMessages);
-    writeMessages(json, "dat", file.datMessages);
+    writeMessages(json, file, "cfg", file.cfgMessages);
+    writeMessages(json, file, "inf", file.infMessages);
+    writeMessages(json, file, "ext", file.extMessages);
+    writeMessages(json, file, "dat", file.datMessages);
     json.endObject();
 }
 
@@ -219,12 +223,15 @@ int RunInfo(int argc, char **argv)
 {
     bool asJson = false;
     bool progress = false;
+    const char *encoding = nullptr;
     const char *path = nullptr;
     for (int i = 0; i < argc; ++i) {
         if (std::strcmp(argv[i], "--json") == 0) {
             asJson = true;
         } else if (std::strcmp(argv[i], "--progress") == 0) {
             progress = true;
+        } else if (std::strcmp(argv[i], "--encoding") == 0 && i + 1 < argc) {
+            encoding = argv[++i];
         } else if (argv[i][0] == '-' && argv[i][1] == '-') {
             std::fprintf(stderr, "veldrix-cli info: unknown option %s\n", argv[i]);
             return 2;
@@ -236,11 +243,13 @@ int RunInfo(int argc, char **argv)
         }
     }
     if (!path) {
-        std::fprintf(stderr, "usage: veldrix-cli info [--json] [--progress] PATH\n");
+        std::fprintf(stderr, "usage: veldrix-cli info [--json] [--progress] [--encoding NAME] PATH\n");
         return 2;
     }
 
     CCmtd99File file;
+    if (encoding)
+        file.codecOverride = encoding;
     const LoadOutcome outcome = LoadRecording("info", path, file, true, progress);
     if (outcome == LoadOutcome::Missing)
         return 2;

@@ -17,7 +17,7 @@ void printUsage(FILE *out)
 {
     std::fprintf(out, "usage: veldrix-cli <verb> [options]\n"
                       "verbs:\n"
-                      "  info [--json] [--progress] PATH\n"
+                      "  info [--json] [--progress] [--encoding NAME] PATH\n"
                       "      describe a recording (PATH may carry any extension) and load its samples\n"
                       "  samples --json PATH [--from N] [--to M] [--channel A<n>|D<n>]... [--progress]\n"
                       "      the samples as stored: times in microseconds from the trigger, analog values\n"

@@ -110,7 +110,7 @@ int RunPhasors(int argc, char **argv)
         json.key("index");
         json.value(map->Index());
         json.key("name");
-        json.value(CmtdText(map->Name()));
+        json.value(file.Text(map->Name()));
         json.key("windowStart");
         json.value(value.windowStart);
         json.key("n");
@@ -144,7 +144,7 @@ int RunPhasors(int argc, char **argv)
         else
             json.null();
         json.key("text");
-        json.value(CmtdText(ValueText(*map, value, cursor, flags)));
+        json.value(file.Text(ValueText(*map, value, cursor, flags)));
         json.endObject();
     }
     json.endArray();

@@ -2,9 +2,12 @@
 
 #include "cmtd99file.h"
 #include "cmtdtext.h"
+#include "textcodec.h"
 
+#include <QComboBox>
 #include <QEvent>
 #include <QHeaderView>
+#include <QLabel>
 #include <QStackedWidget>
 #include <QTabBar>
 #include <QTableWidget>
@@ -37,14 +40,15 @@ QString numberText(float value)
     return QString::number(double(value), 'g', 7); // the digits a 32-bit float holds
 }
 
-void addMessages(QTableWidget *table, const QString &source, const LoadMessageList &messages)
+void addMessages(const CCmtd99File &file, QTableWidget *table, const QString &source,
+                 const LoadMessageList &messages)
 {
     for (const LoadMessage &message : messages) {
         const int row = table->rowCount();
         table->insertRow(row);
         setCell(table, row, 0, source);
         setCell(table, row, 1, QString::number(message.line), true);
-        setCell(table, row, 2, CmtdText(message.text));
+        setCell(table, row, 2, file.Text(message.text));
     }
 }
 
@@ -64,6 +68,17 @@ CCmtdChildContainerCfg::CCmtdChildContainerCfg(CCmtdChildFrame *frame) : CCmtdCh
     for (const char *icon : icons)
         m_tabs->addTab(QIcon(QString::fromLatin1(icon)), QString());
     m_toolBar->addWidget(m_tabs);
+    m_toolBar->addSeparator();
+    m_codecLabel = new QLabel(m_toolBar);
+    m_codecLabel->setContentsMargins(8, 0, 4, 0);
+    m_toolBar->addWidget(m_codecLabel);
+    m_codec = new QComboBox(m_toolBar);
+    m_codec->setEditable(false);
+    m_toolBar->addWidget(m_codec);
+    connect(m_codec, &QComboBox::activated, this, [this](int index) {
+        // The engineer knows better than the guess: the texts are read again at once.
+        Q_EMIT codecChosen(m_codec->itemText(index).toLatin1());
+    });
     addToolBar(Qt::TopToolBarArea, m_toolBar);
 
     m_stack = new QStackedWidget(this);
@@ -104,6 +119,7 @@ void CCmtdChildContainerCfg::retranslate()
     m_tabs->setTabText(1, tr("Status Channels"));
     m_tabs->setTabText(2, tr("Primary Devices"));
     m_tabs->setTabText(3, tr("Inf File Content"));
+    m_codecLabel->setText(tr("Text encoding:"));
     m_analog->setColumnCount(13);
     m_analog->setHorizontalHeaderLabels({tr("No."), tr("Name"), tr("Phase"), tr("Component"), tr("Unit"),
                                          tr("Multiplier a"), tr("Offset b"), tr("Skew (us)"), tr("Min"),
@@ -120,14 +136,23 @@ void CCmtdChildContainerCfg::retranslate()
 void CCmtdChildContainerCfg::showRecording(const CCmtd99File &file)
 {
     m_file = &file;
+    m_codec->blockSignals(true);
+    m_codec->clear();
+    QList<QByteArray> codecs = OfferedTextCodecs();
+    if (!codecs.contains(file.codecName))
+        codecs.prepend(file.codecName);
+    for (const QByteArray &codec : codecs)
+        m_codec->addItem(QString::fromLatin1(codec));
+    m_codec->setCurrentText(QString::fromLatin1(file.codecName));
+    m_codec->blockSignals(false);
     m_analog->setRowCount(static_cast<int>(file.analogChannels.size()));
     int row = 0;
     for (const auto &c : file.analogChannels) {
         setCell(m_analog, row, 0, QString::number(c->index), true);
-        setCell(m_analog, row, 1, CmtdText(c->ch_id));
-        setCell(m_analog, row, 2, CmtdText(c->ph));
-        setCell(m_analog, row, 3, CmtdText(c->ccbm));
-        setCell(m_analog, row, 4, CmtdText(c->uu));
+        setCell(m_analog, row, 1, file.Text(c->ch_id));
+        setCell(m_analog, row, 2, file.Text(c->ph));
+        setCell(m_analog, row, 3, file.Text(c->ccbm));
+        setCell(m_analog, row, 4, file.Text(c->uu));
         setCell(m_analog, row, 5, numberText(c->a), true);
         setCell(m_analog, row, 6, numberText(c->b), true);
         setCell(m_analog, row, 7, numberText(c->skew), true);
@@ -142,18 +167,18 @@ void CCmtdChildContainerCfg::showRecording(const CCmtd99File &file)
     row = 0;
     for (const auto &c : file.statusChannels) {
         setCell(m_status, row, 0, QString::number(c->index), true);
-        setCell(m_status, row, 1, CmtdText(c->ch_id));
-        setCell(m_status, row, 2, CmtdText(c->ph));
-        setCell(m_status, row, 3, CmtdText(c->ccbm));
+        setCell(m_status, row, 1, file.Text(c->ch_id));
+        setCell(m_status, row, 2, file.Text(c->ph));
+        setCell(m_status, row, 3, file.Text(c->ccbm));
         setCell(m_status, row, 4, c->normalState ? tr("Normal-ON") : tr("Normal-OFF"));
         ++row;
     }
     m_devices->setRowCount(0);
     m_messages->setRowCount(0);
-    addMessages(m_messages, QStringLiteral(".cfg"), file.cfgMessages);
-    addMessages(m_messages, QStringLiteral(".inf"), file.infMessages);
-    addMessages(m_messages, QStringLiteral(".ext"), file.extMessages);
-    addMessages(m_messages, QStringLiteral(".dat"), file.datMessages);
+    addMessages(file, m_messages, QStringLiteral(".cfg"), file.cfgMessages);
+    addMessages(file, m_messages, QStringLiteral(".inf"), file.infMessages);
+    addMessages(file, m_messages, QStringLiteral(".ext"), file.extMessages);
+    addMessages(file, m_messages, QStringLiteral(".dat"), file.datMessages);
     for (QTableWidget *table : {m_analog, m_status, m_devices, m_messages})
         table->resizeColumnsToContents();
 }

@@ -3,6 +3,8 @@
 #include "cmtdchildcontainer.h"
 
 class CCmtd99File;
+class QComboBox;
+class QLabel;
 class QStackedWidget;
 class QTabBar;
 class QTableWidget;
@@ -23,6 +25,10 @@ public:
     int pageCount() const;
     QTableWidget *table(int page) const;
 
+Q_SIGNALS:
+    // The engineer chose another text encoding for the recording.
+    void codecChosen(const QByteArray &codec);
+
 protected:
     void changeEvent(QEvent *event) override;
 
@@ -36,5 +42,7 @@ private:
     QTableWidget *m_status = nullptr;
     QTableWidget *m_devices = nullptr;
     QTableWidget *m_messages = nullptr;
+    QLabel *m_codecLabel = nullptr;
+    QComboBox *m_codec = nullptr;
     const CCmtd99File *m_file = nullptr;
 };

@@ -52,6 +52,13 @@ CCmtdChildFrame::CCmtdChildFrame(CMdiMainFrame *mainFrame) : CMdiChildFrame(main
     splitter->setStretchFactor(1, 1);
     splitter->setSizes({fontMetrics().horizontalAdvance(QLatin1Char('x')) * 46, 1000});
     m_anaContainer->setWaveWidget(splitter);
+    connect(m_cfgContainer, &CCmtdChildContainerCfg::codecChosen, this, [this](const QByteArray &codec) {
+        m_file.codecOverride = codec;
+        m_file.codecName = codec;
+        m_cfgContainer->showRecording(m_file);
+        setWindowTitle(titleText());
+        m_nameView->update();
+    });
     connect(this, &CCmtdChildFrame::displayChanged, m_waveView, [this] {
         m_waveView->layoutRows(true);
         m_nameView->update();
@@ -169,7 +176,7 @@ QString CCmtdChildFrame::currentFileName() const
 QString CCmtdChildFrame::titleText() const
 {
     const CmtdFileDescription &d = m_file.fileDesc;
-    return CmtdText(d.stationName) + QLatin1Char(' ') + CmtdText(d.recDevId) + QStringLiteral(" - ") +
+    return m_file.Text(d.stationName) + QLatin1Char(' ') + m_file.Text(d.recDevId) + QStringLiteral(" - ") +
            currentFileName();
 }
 

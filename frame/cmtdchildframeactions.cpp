@@ -465,7 +465,7 @@ void CCmtdChildFrame::slot_WaveShowChnPick()
         const QString prefix =
             map->chnType == CChnMapBase::TypeAnalog ? QStringLiteral("A") : QStringLiteral("D");
         auto *item = new QListWidgetItem(
-            prefix + QString::number(map->Index()) + QStringLiteral("  ") + CmtdText(map->Name()), list);
+            prefix + QString::number(map->Index()) + QStringLiteral("  ") + m_file.Text(map->Name()), list);
         item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
         item->setCheckState(map->flags & CChnMapBase::FlagHidden ? Qt::Unchecked : Qt::Checked);
     }

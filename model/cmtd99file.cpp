@@ -2,8 +2,10 @@
 
 #include "diskfile.h"
 #include "linereader.h"
+#include "textcodec.h"
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -133,8 +135,21 @@ bool CCmtd99File::LoadFile(const char *path)
     } else if (LoadCfg(CmtdSiblingPath(base, ".cfg").constData()) != ReadDone) {
         return false;
     }
+    // The names read as the recorder wrote them: the codec follows from the whole ".cfg".
+    if (!codecOverride.isEmpty()) {
+        codecName = codecOverride;
+    } else {
+        QFile cfg(QString::fromLocal8Bit(CmtdSiblingPath(base, ".cfg")));
+        codecName = cfg.open(QIODevice::ReadOnly) ? DetectTextCodec(cfg.read(1 << 20), PreferredTextCodec())
+                                                  : QByteArrayLiteral("UTF-8");
+    }
     validationMask = Validate();
     return validationMask == 0;
+}
+
+QString CCmtd99File::Text(const QByteArray &bytes) const
+{
+    return DecodeText(bytes, codecName);
 }
 
 int CCmtd99File::ReadInfVersion(const char *path)

@@ -127,6 +127,11 @@ public:
     std::vector<std::unique_ptr<CChnMapStatus>> statusMaps;
     std::vector<ScaleGroup> scaleGroups;
     int32_t customT0 = -1; // the engineer's own zero of the time axis (T0'), a sample index
+    // How the recording's 8-bit texts read: found from the ".cfg" bytes at each load, unless
+    // the engineer chose one (`codecOverride`, kept across loads).
+    QByteArray codecName;
+    QByteArray codecOverride;
+    QString Text(const QByteArray &bytes) const;
     CmtdFileDescription fileDesc;
     std::vector<std::unique_ptr<CmtdChn_Analog>> analogChannels;
     std::vector<std::unique_ptr<CmtdChn_Status>> statusChannels;

@@ -147,14 +147,15 @@ QString CCmtdViewAnaName::lineText(const CChnMapBase *channel)
 {
     const uint32_t flags = m_pFrame->displayFlags;
     if (channel->chnType == CChnMapBase::TypeStatus) {
-        return CmtdText(StatusRowText(*static_cast<const CChnMapStatus *>(channel), m_wave->cursorT1,
-                                      m_wave->cursorT2, flags));
+        return m_pFrame->recording().Text(StatusRowText(*static_cast<const CChnMapStatus *>(channel),
+                                                        m_wave->cursorT1, m_wave->cursorT2, flags));
     }
     const auto *analog = static_cast<const CChnMapAnalog *>(channel);
     if (!m_values.contains(channel))
         rebuildValues();
     const auto values = m_values.value(channel);
-    return CmtdText(RowText(*analog, values.first, m_wave->cursorT1, values.second, m_wave->cursorT2, flags));
+    return m_pFrame->recording().Text(
+        RowText(*analog, values.first, m_wave->cursorT1, values.second, m_wave->cursorT2, flags));
 }
 
 bool CCmtdViewAnaName::hitTest(int y, RowHit &hit) const
