@@ -287,6 +287,20 @@ void CMainFrame::openFile(const QString &path)
             QApplication::restoreOverrideCursor();
         }
     }
+    // A single-file recording holds its configuration and data inside.
+    if (path.endsWith(QStringLiteral(".cff"), Qt::CaseInsensitive)) {
+        if (CMdiChildFrame *open = findChild(QFileInfo(path).canonicalFilePath())) {
+            const QList<QMdiSubWindow *> windows = mdiArea->subWindowList();
+            for (QMdiSubWindow *window : windows) {
+                if (window->widget() == open)
+                    mdiArea->setActiveSubWindow(window);
+            }
+            return;
+        }
+        lastDirectory = QFileInfo(path).absolutePath();
+        createChild(QFileInfo(path).absoluteFilePath());
+        return;
+    }
     const QString cfg = siblingOf(base, QStringLiteral(".cfg"));
     if (!QFileInfo::exists(cfg)) {
         reportWarning("File is not exist: %s\n", cfg.toLocal8Bit().constData());
@@ -330,9 +344,10 @@ CMdiChildFrame *CMainFrame::createChild(const QString &path)
 
 void CMainFrame::slot_FileOpen()
 {
-    const QString patterns = globalOptions.cvtToCmtd
-                                 ? QStringLiteral("(*.cfg *.inf *.trd *.trh *.CFG *.INF *.TRD *.TRH)")
-                                 : QStringLiteral("(*.cfg *.inf *.CFG *.INF)");
+    const QString patterns =
+        globalOptions.cvtToCmtd
+            ? QStringLiteral("(*.cfg *.inf *.cff *.trd *.trh *.CFG *.INF *.CFF *.TRD *.TRH)")
+            : QStringLiteral("(*.cfg *.inf *.cff *.CFG *.INF *.CFF)");
     const QString filter = tr("All Supported File") + patterns;
     const QStringList paths = QFileDialog::getOpenFileNames(this, QString(), lastDirectory, filter);
     for (const QString &path : paths)

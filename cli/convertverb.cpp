@@ -1,7 +1,11 @@
 #include "convertverb.h"
 
+#include "cfffile.h"
 #include "cmtd99file.h"
+
 #include "recordingload.h"
+#include <QFile>
+#include <QTemporaryDir>
 
 #include <cstdio>
 #include <cstring>
@@ -65,6 +69,18 @@ int RunConvert(int argc, char **argv)
             file.fileDesc.triggerTime.ToMicroseconds() - file.fileDesc.startTime.ToMicroseconds();
         for (int n = 0; n < file.loadedPoints; ++n)
             file.sampleTimes[n] += delay;
+    }
+    const QByteArray out(paths[1]);
+    if (IsCffPath(out)) {
+        // The single-file form: written as its parts beside each other, then joined.
+        QTemporaryDir folder;
+        const QByteArray base = QFile::encodeName(folder.filePath(QStringLiteral("part")));
+        if (!folder.isValid() || !file.SaveFile(base.constData()) ||
+            !JoinCff(base, file.fileDesc.fileType, out)) {
+            std::fprintf(stderr, "veldrix-cli convert: could not write %s\n", paths[1]);
+            return 1;
+        }
+        return 0;
     }
     if (!file.SaveFile(paths[1])) {
         std::fprintf(stderr, "veldrix-cli convert: could not write %s\n", paths[1]);

@@ -1,5 +1,6 @@
 #include "recordingload.h"
 
+#include "cfffile.h"
 #include "cmtd99file.h"
 #include "cmtdtext.h"
 
@@ -38,7 +39,9 @@ LoadOutcome LoadRecording(const char *verb, const char *path, CCmtd99File &file,
     const QByteArray base = CmtdBasePath(path);
     const QByteArray cfg = CmtdSiblingPath(base, ".cfg");
     const QByteArray inf = CmtdSiblingPath(base, ".inf");
-    if (!QFileInfo::exists(QString::fromLocal8Bit(cfg)) && !QFileInfo::exists(QString::fromLocal8Bit(inf))) {
+    const bool cff = IsCffPath(QByteArray(path)) && QFileInfo::exists(QString::fromLocal8Bit(path));
+    if (!cff && !QFileInfo::exists(QString::fromLocal8Bit(cfg)) &&
+        !QFileInfo::exists(QString::fromLocal8Bit(inf))) {
         std::fprintf(stderr, "veldrix-cli %s: no such recording: %s\n", verb, cfg.constData());
         return LoadOutcome::Missing;
     }

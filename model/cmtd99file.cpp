@@ -1,5 +1,6 @@
 #include "cmtd99file.h"
 
+#include "cfffile.h"
 #include "diskfile.h"
 #include "linereader.h"
 #include "textcodec.h"
@@ -7,6 +8,7 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
+#include <QTemporaryDir>
 
 #include <algorithm>
 #include <cstdarg>
@@ -98,6 +100,8 @@ void CCmtd99File::AddDatMessage(const QByteArray &text)
 void CCmtd99File::ClearAll()
 {
     validationMask = 0;
+    cffFolder.reset();
+    cffBase.clear();
     infSectionsSeen = 0;
     infVersion = 0;
     cursor = Cursor();
@@ -125,8 +129,23 @@ void CCmtd99File::ClearAll()
 
 bool CCmtd99File::LoadFile(const char *path)
 {
-    const QByteArray base = CmtdBasePath(path);
     ClearAll();
+    QByteArray base = CmtdBasePath(path);
+    if (IsCffPath(QByteArray(path))) {
+        // The single-file form is taken apart into its files in a folder of its own, which
+        // lives as long as this recording.
+        cffFolder = std::make_shared<QTemporaryDir>();
+        if (!cffFolder->isValid())
+            return false;
+        cffBase = QFile::encodeName(cffFolder->filePath(QFileInfo(QString::fromLocal8Bit(base)).fileName()));
+        QStringList notes;
+        const bool split = SplitCff(QByteArray(path), cffBase, notes);
+        for (const QString &note : std::as_const(notes))
+            AddCfgMessage(note.toLocal8Bit());
+        if (!split)
+            return false;
+        base = cffBase;
+    }
     infVersion = static_cast<int16_t>(ReadInfVersion(CmtdSiblingPath(base, ".inf").constData()));
     if (infVersion >= 2) {
         // A complete extension file of this version repeats every field of the ".cfg" and

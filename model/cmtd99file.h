@@ -6,6 +6,8 @@
 
 #include <QByteArray>
 
+class QTemporaryDir;
+
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -131,6 +133,9 @@ public:
     // the engineer chose one (`codecOverride`, kept across loads).
     QByteArray codecName;
     QByteArray codecOverride;
+    // A ".cff" recording is read from its parts, taken apart into a folder of their own.
+    std::shared_ptr<QTemporaryDir> cffFolder;
+    QByteArray cffBase;
     QString Text(const QByteArray &bytes) const;
     CmtdFileDescription fileDesc;
     std::vector<std::unique_ptr<CmtdChn_Analog>> analogChannels;

@@ -563,7 +563,7 @@ bool CCmtd99File::LoadDat(const char *path, ProgressFn fn, void *context)
         AddDatMessage(CmtdMessage("Invalid [sampling-points number] int config file!"));
         return false;
     }
-    const QByteArray base = CmtdBasePath(path);
+    const QByteArray base = cffBase.isEmpty() ? CmtdBasePath(path) : cffBase;
     QByteArray datPath = CmtdSiblingPath(base, ".dat");
     if (!fileExists(datPath)) {
         datPath = base + ".dat";

@@ -1,6 +1,7 @@
 // Recordings of the 2013 revision: 32-bit data types, nanosecond stamps, the time zone lines,
 // and what real recorders add — while 1999 files keep every rule they had.
 
+#include "cfffile.h"
 #include "cfgfixture.h"
 #include "cmtd99file.h"
 
@@ -139,4 +140,52 @@ TEST_F(Revision2013, DosEndOfFileAndAPaddedDataFileAreNamed)
     ASSERT_FALSE(file.datMessages.isEmpty());
     EXPECT_EQ(file.datMessages.back().text,
               "3 bytes behind the last whole record of the data file are ignored");
+}
+
+TEST_F(Revision2013, SingleFileFormReadsAndWritesItsParts)
+{
+    // An ASCII recording written as one ".cff" with its byte-order mark and CRLF lines.
+    std::string text = "\xEF\xBB\xBF--- file type: CFG ---\r\n";
+    for (const std::string &line : Config2013("ASCII"))
+        text += line + "\r\n";
+    text +=
+        "--- file type: INF ---\r\n--- file type: HDR ---\r\nheader text\r\n--- file type: DAT ASCII ---\r\n";
+    for (int n = 0; n < 6; ++n)
+        text += std::to_string(n + 1) + "," + std::to_string(n * 1000) + "," +
+                std::to_string(n % 2 ? 10 * n : -10 * n) + ",-" + std::to_string(n) + "," +
+                std::to_string(n & 1) + "\r\n";
+    const std::string cff = dir.path("one.cff");
+    std::ofstream(cff, std::ios::binary) << text;
+    CCmtd99File file;
+    ASSERT_TRUE(file.LoadFile(cff.c_str()));
+    EXPECT_EQ(file.fileDesc.stationName, "S");
+    ASSERT_TRUE(file.LoadDat(cff.c_str(), nullptr, nullptr));
+    EXPECT_EQ(file.loadedPoints, 6);
+    EXPECT_EQ(file.analogMaps[0]->Value(5), 50 * 0.5f + 1);
+    EXPECT_EQ(file.analogMaps[0]->Value(4), -40 * 0.5f + 1);
+    EXPECT_EQ(file.statusMaps[0]->Bit(5), 1);
+
+    // Written back as parts and joined, binary, with its byte count in the head.
+    file.fileDesc.fileType = "BINARY";
+    const QByteArray base = QByteArray::fromStdString(dir.path("part"));
+    ASSERT_TRUE(file.SaveFile(base.constData()));
+    const QByteArray joined = QByteArray::fromStdString(dir.path("joined.cff"));
+    ASSERT_TRUE(JoinCff(base, "BINARY", joined));
+    CCmtd99File back;
+    ASSERT_TRUE(back.LoadFile(joined.constData()));
+    ASSERT_TRUE(back.LoadDat(joined.constData(), nullptr, nullptr));
+    EXPECT_EQ(back.loadedPoints, 6);
+    EXPECT_EQ(back.analogMaps[0]->Value(5), file.analogMaps[0]->Value(5));
+    EXPECT_NE(dir.read("joined.cff").find("--- file type: DAT BINARY: 84 ---"), std::string::npos);
+
+    // Data written as base64 text is named and not read as samples.
+    std::string base64 = text.substr(0, text.find("--- file type: DAT")) +
+                         "--- file type: DAT BINARY32 base64 ---\r\n\"AQAAAA==\"\r\n";
+    const std::string odd = dir.path("odd.cff");
+    std::ofstream(odd, std::ios::binary) << base64;
+    CCmtd99File refused;
+    ASSERT_TRUE(refused.LoadFile(odd.c_str()));
+    EXPECT_FALSE(refused.LoadDat(odd.c_str(), nullptr, nullptr));
+    ASSERT_FALSE(refused.cfgMessages.isEmpty());
+    EXPECT_TRUE(refused.cfgMessages.first().text.contains("base64"));
 }
