@@ -12,6 +12,7 @@
 #include <QTabBar>
 #include <QTableWidget>
 #include <QToolBar>
+#include <QVBoxLayout>
 
 namespace {
 
@@ -81,14 +82,25 @@ CCmtdChildContainerCfg::CCmtdChildContainerCfg(CCmtdChildFrame *frame) : CCmtdCh
     });
     addToolBar(Qt::TopToolBarArea, m_toolBar);
 
-    m_stack = new QStackedWidget(this);
+    // What the configuration says of the recording as a whole, above the tables.
+    auto *page = new QWidget(this);
+    auto *layout = new QVBoxLayout(page);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    m_summary = new QLabel(page);
+    m_summary->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    m_summary->setContentsMargins(6, 4, 6, 4);
+    m_summary->setWordWrap(true);
+    layout->addWidget(m_summary);
+    m_stack = new QStackedWidget(page);
+    layout->addWidget(m_stack, 1);
     m_analog = makeTable(m_stack);
     m_status = makeTable(m_stack);
     m_devices = makeTable(m_stack);
     m_messages = makeTable(m_stack);
     for (QTableWidget *table : {m_analog, m_status, m_devices, m_messages})
         m_stack->addWidget(table);
-    setCentralWidget(m_stack);
+    setCentralWidget(page);
     connect(m_tabs, &QTabBar::currentChanged, m_stack, &QStackedWidget::setCurrentIndex);
     retranslate();
 }
@@ -173,6 +185,27 @@ void CCmtdChildContainerCfg::showRecording(const CCmtd99File &file)
         setCell(m_status, row, 4, c->normalState ? tr("Normal-ON") : tr("Normal-OFF"));
         ++row;
     }
+    const CmtdFileDescription &d = file.fileDesc;
+    auto stamp = [](const RecordTime &t) {
+        return QString::asprintf("%04d-%02d-%02d %02d:%02d:%02d.%06d", t.year, t.month, t.day, t.hour, t.minute,
+                                 t.second, t.microsecond);
+    };
+    QString summary = tr("Station: %1   Device: %2   Revision: %3   Line frequency: %4 Hz   Data: %5, time "
+                         "multiplier %6")
+                          .arg(file.Text(d.stationName), file.Text(d.recDevId), file.Text(d.revYear))
+                          .arg(double(d.lineFreq))
+                          .arg(file.Text(d.fileType))
+                          .arg(double(d.timeMult));
+    summary += QLatin1Char('\n') + tr("Start: %1   Trigger: %2   Samples: %3 of %4")
+                                       .arg(stamp(d.startTime), stamp(d.triggerTime))
+                                       .arg(file.loadedPoints)
+                                       .arg(file.pointCount);
+    if (d.is2013()) {
+        summary += QLatin1Char('\n') + tr("Time code: %1   Local code: %2   Time quality: %3   Leap second: %4")
+                                           .arg(file.Text(d.timeCode), file.Text(d.localCode),
+                                                file.Text(d.timeQuality), file.Text(d.leapSecond));
+    }
+    m_summary->setText(summary);
     m_devices->setRowCount(0);
     m_messages->setRowCount(0);
     addMessages(file, m_messages, QStringLiteral(".cfg"), file.cfgMessages);

@@ -43,6 +43,7 @@ private:
     QTableWidget *m_devices = nullptr;
     QTableWidget *m_messages = nullptr;
     QLabel *m_codecLabel = nullptr;
+    QLabel *m_summary = nullptr;
     QComboBox *m_codec = nullptr;
     const CCmtd99File *m_file = nullptr;
 };
