@@ -45,13 +45,13 @@ int RunSamples(int argc, char **argv)
         } else if (std::strcmp(arg, "--to") == 0 && hasValue) {
             to = std::atoll(argv[++i]);
         } else if (std::strcmp(arg, "--channel") == 0 && hasValue) {
-            const char *spec = argv[++i];
-            const char kind = static_cast<char>(spec[0] & ~0x20);
-            if ((kind != 'A' && kind != 'D') || !spec[1]) {
-                std::fprintf(stderr, "veldrix-cli samples: a channel is A<n> or D<n>, not \"%s\"\n", spec);
+            const char *choice = argv[++i];
+            const char kind = static_cast<char>(choice[0] & ~0x20);
+            if ((kind != 'A' && kind != 'D') || !choice[1]) {
+                std::fprintf(stderr, "veldrix-cli samples: a channel is A<n> or D<n>, not \"%s\"\n", choice);
                 return 2;
             }
-            chosen.push_back(ChannelChoice{kind, std::atoi(spec + 1)});
+            chosen.push_back(ChannelChoice{kind, std::atoi(choice + 1)});
         } else if (arg[0] == '-' && arg[1] == '-') {
             std::fprintf(stderr, "veldrix-cli samples: unknown or incomplete option %s\n", arg);
             return 2;

@@ -187,8 +187,8 @@ void CCmtdChildContainerCfg::showRecording(const CCmtd99File &file)
     }
     const CmtdFileDescription &d = file.fileDesc;
     auto stamp = [](const RecordTime &t) {
-        return QString::asprintf("%04d-%02d-%02d %02d:%02d:%02d.%06d", t.year, t.month, t.day, t.hour, t.minute,
-                                 t.second, t.microsecond);
+        return QString::asprintf("%04d-%02d-%02d %02d:%02d:%02d.%06d", t.year, t.month, t.day, t.hour,
+                                 t.minute, t.second, t.microsecond);
     };
     QString summary = tr("Station: %1   Device: %2   Revision: %3   Line frequency: %4 Hz   Data: %5, time "
                          "multiplier %6")
@@ -201,9 +201,10 @@ void CCmtdChildContainerCfg::showRecording(const CCmtd99File &file)
                                        .arg(file.loadedPoints)
                                        .arg(file.pointCount);
     if (d.is2013()) {
-        summary += QLatin1Char('\n') + tr("Time code: %1   Local code: %2   Time quality: %3   Leap second: %4")
-                                           .arg(file.Text(d.timeCode), file.Text(d.localCode),
-                                                file.Text(d.timeQuality), file.Text(d.leapSecond));
+        summary +=
+            QLatin1Char('\n') + tr("Time code: %1   Local code: %2   Time quality: %3   Leap second: %4")
+                                    .arg(file.Text(d.timeCode), file.Text(d.localCode),
+                                         file.Text(d.timeQuality), file.Text(d.leapSecond));
     }
     m_summary->setText(summary);
     m_devices->setRowCount(0);

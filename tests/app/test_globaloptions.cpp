@@ -61,18 +61,18 @@ TEST_F(OptionsTest, KeysAreReadAsTheFileFormatSays)
     write("p.INI", "[anything]\n"
                    "CODEC = GB18030\n"
                    "style=Fusion\n"
-                   "stateMask=\n"                   // empty value: dropped, mask kept
-                   "colorScheme=4\n"                // remainder of 3
-                   "statusMinWidth=11\n"            // clamped to 10
-                   "dftWin=CENT\n"                  // names compare without case
-                   "dftMethod=trapCos\n"            // both trapezoid names read as 2
+                   "stateMask=\n"        // empty value: dropped, mask kept
+                   "colorScheme=4\n"     // remainder of 3
+                   "statusMinWidth=11\n" // clamped to 10
+                   "dftWin=CENT\n"       // names compare without case
+                   "dftMethod=trapCos\n" // both trapezoid names read as 2
                    "statusTimeBase=T1Fixed\n"
-                   "statusTimeFormat=unknown\n"     // unknown name keeps the old value
+                   "statusTimeFormat=unknown\n" // unknown name keeps the old value
                    "PhComp=yes\n"
-                   "LineParamLen=250(km)\n"         // read up to the unit suffix
-                   "LineParamZ1=0.3\n"              // one field is not enough
-                   "txtViewExe=/usr//bin/view\n"    // a doubled slash starts a comment
-                   "ab\n"                           // too short to be a line
+                   "LineParamLen=250(km)\n"      // read up to the unit suffix
+                   "LineParamZ1=0.3\n"           // one field is not enough
+                   "txtViewExe=/usr//bin/view\n" // a doubled slash starts a comment
+                   "ab\n"                        // too short to be a line
                    "wheelScrollLines=0\n");
     CGlobalOptions options;
     options.loadFrom(directory(), "p");
@@ -95,10 +95,11 @@ TEST_F(OptionsTest, KeysAreReadAsTheFileFormatSays)
 
 TEST_F(OptionsTest, StateMaskIsRebuiltFromNamesAndLastKeyWins)
 {
-    write("p.INI", "stateMask=singleInstance,autoHideStatus0,\n"
-                   "stateMask=chnNameAhead,autoSaveWaveViewStatus,SINGLEINSTANCE\n" // names are case sensitive
-                   "colorScheme=-1\n"
-                   "wheelScrollLines=501\n");
+    write("p.INI",
+          "stateMask=singleInstance,autoHideStatus0,\n"
+          "stateMask=chnNameAhead,autoSaveWaveViewStatus,SINGLEINSTANCE\n" // names are case sensitive
+          "colorScheme=-1\n"
+          "wheelScrollLines=501\n");
     CGlobalOptions options;
     options.loadFrom(directory(), "p");
     EXPECT_EQ(options.stateMask, CGlobalOptions::ChnNameAhead | CGlobalOptions::AutoSaveWaveViewStatus);
