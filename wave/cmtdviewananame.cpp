@@ -129,6 +129,10 @@ int CCmtdViewAnaName::lineHeight() const
 void CCmtdViewAnaName::rebuildValues()
 {
     m_values.clear();
+    // While the worker reads the file, the segments may still change under us; the values come
+    // when the load has ended.
+    if (m_pFrame->backgroundState() & CCmtdChildFrame::StateLoading)
+        return;
     const CCmtd99File &file = m_pFrame->recording();
     for (const auto &map : file.analogMaps) {
         m_values.insert(map.get(), qMakePair(ChnCursorValueAt(file, *map, m_wave->cursorT1),
@@ -151,7 +155,7 @@ QString CCmtdViewAnaName::lineText(const CChnMapBase *channel)
                                                         m_wave->cursorT1, m_wave->cursorT2, flags));
     }
     const auto *analog = static_cast<const CChnMapAnalog *>(channel);
-    if (!m_values.contains(channel))
+    if (!m_values.contains(channel) && !(m_pFrame->backgroundState() & CCmtdChildFrame::StateLoading))
         rebuildValues();
     const auto values = m_values.value(channel);
     return m_pFrame->recording().Text(
@@ -221,7 +225,8 @@ void CCmtdViewAnaName::drawContents(QPainter &painter, const QRect &rect)
 {
     painter.fillRect(rect, QColor::fromRgba(colour(1)));
     const CCmtd99File &file = m_pFrame->recording();
-    if (file.analogMaps.empty() || file.loadedPoints < 5 || m_wave->pointCount() < 5)
+    if (file.analogMaps.empty() || m_wave->pointCount() < 5 ||
+        (m_pFrame->backgroundState() & CCmtdChildFrame::StateLoading))
         return;
     const int top = m_wave->m_nMarginT + 3;
     const int line = lineHeight();

@@ -490,12 +490,16 @@ double CCmtdViewAnaWave::scaleValue(const CChnMapAnalog &map) const
         v = map.absMax;
     } else {
         bool grouped = false;
-        for (const ScaleGroup &group : frame->recording().scaleGroups) {
-            if (group.chnClass == map.chnClass && group.unit.prefix == map.unit.prefix &&
-                qstricmp(group.unit.text, map.unit.text) == 0) {
-                v = group.peak;
-                grouped = true;
-                break;
+        // The worker builds the groups at the end of a load; until then they are not read.
+        const bool loading = frame->backgroundState() & CCmtdChildFrame::StateLoading;
+        if (!loading) {
+            for (const ScaleGroup &group : frame->recording().scaleGroups) {
+                if (group.chnClass == map.chnClass && group.unit.prefix == map.unit.prefix &&
+                    qstricmp(group.unit.text, map.unit.text) == 0) {
+                    v = group.peak;
+                    grouped = true;
+                    break;
+                }
             }
         }
         // While the file is still read there are no groups yet: the configured range stands in,
