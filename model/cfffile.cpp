@@ -100,7 +100,8 @@ bool SplitCff(const QByteArray &cffPath, const QByteArray &targetBase, QStringLi
                         "The binary data section gives no byte count; the rest of the file is taken");
                     break;
                 }
-                if (next + count > bytes.size()) {
+                // Compared without adding: a byte count near the largest number would overflow.
+                if (count > bytes.size() - next) {
                     messages << QStringLiteral("The binary data section is shorter than its byte count");
                     count = bytes.size() - next;
                 }

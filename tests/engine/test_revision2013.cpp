@@ -178,6 +178,15 @@ TEST_F(Revision2013, SingleFileFormReadsAndWritesItsParts)
     EXPECT_EQ(back.analogMaps[0]->Value(5), file.analogMaps[0]->Value(5));
     EXPECT_NE(dir.read("joined.cff").find("--- file type: DAT BINARY: 84 ---"), std::string::npos);
 
+    // A byte count near the largest 64-bit number is only as long as the file (found by fuzzing).
+    std::string huge = text.substr(0, text.find("--- file type: DAT")) +
+                       "--- file type: DAT BINARY: 9223372036854775807 ---\r\n" + std::string(20, '\0');
+    const std::string hugePath = dir.path("huge.cff");
+    std::ofstream(hugePath, std::ios::binary) << huge;
+    CCmtd99File clamped;
+    ASSERT_TRUE(clamped.LoadFile(hugePath.c_str()));
+    EXPECT_TRUE(clamped.cfgMessages.first().text.contains("shorter than its byte count"));
+
     // Data written as base64 text is named and not read as samples.
     std::string base64 = text.substr(0, text.find("--- file type: DAT")) +
                          "--- file type: DAT BINARY32 base64 ---\r\n\"AQAAAA==\"\r\n";

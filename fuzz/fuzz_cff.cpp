@@ -1,0 +1,81 @@
+// A recording in its single-file form (".cff") as a recorder, a converter or a damaged copy
+// may leave it: section heads, a 2013 description, data of any of the four forms. What loaded
+// is saved as parts, joined into one file again and read back, as when an engineer saves a
+// recording and sends it on as a single file.
+#include "cfffile.h"
+#include "cmtd99file.h"
+
+#include <QByteArray>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <unistd.h>
+
+namespace {
+
+QByteArray g_directory; // one per process, with a trailing "/"
+const char *const kFiles[] = {"r.cff", "p.cfg", "p.dat", "s.cff"};
+
+// A description may promise millions of samples in a few bytes; the data loader allocates for
+// the promise before it reads, which is no finding.
+constexpr int32_t kMaxPoints = 200000;
+
+void removeFiles()
+{
+    for (const char *name : kFiles)
+        unlink((g_directory + name).constData());
+}
+
+void removeDirectory()
+{
+    removeFiles();
+    rmdir(g_directory.constData());
+}
+
+bool load(CCmtd99File &recording, const QByteArray &path)
+{
+    return recording.LoadFile(path.constData()) && recording.pointCount <= kMaxPoints &&
+           recording.LoadDat(path.constData(), nullptr, nullptr);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerInitialize(int *, char ***)
+{
+    const char *tmp = std::getenv("TMPDIR");
+    QByteArray pattern = QByteArray(tmp && *tmp ? tmp : "/tmp") + "/veldrix-fuzz-cff-XXXXXX";
+    if (!mkdtemp(pattern.data()))
+        std::abort();
+    g_directory = pattern + '/';
+    std::atexit(removeDirectory);
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    removeFiles();
+    const QByteArray read = g_directory + "r.cff";
+    FILE *file = std::fopen(read.constData(), "wb");
+    if (!file)
+        std::abort();
+    std::fwrite(data, 1, size, file);
+    std::fclose(file);
+
+    const QByteArray parts = g_directory + "p";
+    const QByteArray joined = g_directory + "s.cff";
+    QByteArray fileType;
+    {
+        CCmtd99File recording;
+        if (!load(recording, read))
+            return 0;
+        if (!recording.SaveFile((parts + ".cfg").constData()))
+            return 0;
+        fileType = recording.fileDesc.fileType;
+    }
+    if (!JoinCff(parts, fileType, joined))
+        return 0;
+    CCmtd99File again;
+    load(again, joined);
+    return 0;
+}
