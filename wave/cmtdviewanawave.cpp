@@ -113,7 +113,7 @@ void CCmtdViewAnaWave::updateDocWidth()
 
 void CCmtdViewAnaWave::setDrawnExtent(int points, bool repaint)
 {
-    m_points = qMax(0, qMin(points, frame->recording().loadedPoints > 0 ? points : points));
+    m_points = qMax(0, points);
     if (m_fitOnExtent)
         hScale = fitScale();
     updateDocWidth();

@@ -444,8 +444,3 @@ void CScrollAreaEx::keyReleaseEvent(QKeyEvent *event)
         return;
     QAbstractScrollArea::keyReleaseEvent(event);
 }
-
-void CScrollAreaEx::wheelEvent(QWheelEvent *event)
-{
-    QAbstractScrollArea::wheelEvent(event);
-}
