@@ -648,8 +648,13 @@ void CCmtdViewAnaWave::drawMarks(QPainter &painter, const QRect &rect)
         const QString text = QStringLiteral("T1=%1,T2=%2")
                                  .arg(map->Bit(cursorT1) ? QStringLiteral("ON") : QStringLiteral("OFF"), -3)
                                  .arg(map->Bit(cursorT2) ? QStringLiteral("ON") : QStringLiteral("OFF"), -3);
+        // At the right edge of the view, on the row's own background, so the step stays readable.
+        const int width = metrics.horizontalAdvance(text);
+        const int x = qMin(rect.right(), scrollX() + this->width() - m_nMarginR) - width - 6;
+        painter.fillRect(QRect(x - 3, y - metrics.ascent() / 2 - 1, width + 6, metrics.height()),
+                         QColor::fromRgba(colour(1)));
         painter.setPen(QColor::fromRgba(colour(5)));
-        painter.drawText(scrollX() + m_nMarginL + 4, y + metrics.ascent() / 2, text);
+        painter.drawText(x, y + metrics.ascent() / 2, text);
     }
 }
 
