@@ -658,6 +658,12 @@ void CCmtdViewAnaWave::drawMarks(QPainter &painter, const QRect &rect)
     }
 }
 
+int CCmtdViewAnaWave::labelSpacing(int labelWidth, float scale)
+{
+    const int step = qMax(1, int(std::ceil(double(labelWidth) / double(scale))));
+    return niceSpacing(step);
+}
+
 void CCmtdViewAnaWave::drawAxis(QPainter &painter, const QRect &rect)
 {
     const CCmtd99File &file = frame->recording();
@@ -671,9 +677,8 @@ void CCmtdViewAnaWave::drawAxis(QPainter &painter, const QRect &rect)
     const int zero = file.customT0 >= 0 && file.customT0 < m_points ? file.customT0
                      : file.triggerIndex >= 0                       ? file.triggerIndex
                                                                     : 0;
+    const int spacing = labelSpacing(metrics.horizontalAdvance(QStringLiteral("_smmm.uuu_")), hScale);
     const int labelWidth = metrics.horizontalAdvance(QStringLiteral("_smmm.uuu_"));
-    const int step = qMax(1, int(std::ceil(double(labelWidth) / double(hScale))));
-    const int spacing = niceSpacing(step);
     const int from = sampleAtPixel(rect.left() - m_nMarginL);
     const int to = sampleAtPixel(rect.right() - m_nMarginL);
     // Labels stand on samples whose distance from the zero is a multiple of the spacing.

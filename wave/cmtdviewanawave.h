@@ -61,6 +61,9 @@ public:
     int availableWidth() const;
     int pointCount() const { return m_points; }
     int hitRow(int y) const;
+    // Samples between two labels of the time axis: room for a label of `labelWidth` pixels,
+    // rounded up to 1, 2 or 5 times a power of ten.
+    static int labelSpacing(int labelWidth, float scale);
 
     void drawContents(QPainter &painter, const QRect &rect) override;
     void onLeftPress(QMouseEvent *event) override;

@@ -125,6 +125,17 @@ private Q_SLOTS:
         QCOMPARE(view->m_nDocH, before - view->rowHeightBase);
     }
 
+    void labelStepOfTheTimeAxis()
+    {
+        // One label per 80 pixels: at 1 pixel per sample every 100 samples, at 0.1 every
+        // 1000, at 40 every 2; never below one sample.
+        QCOMPARE(CCmtdViewAnaWave::labelSpacing(80, 1.0f), 100);
+        QCOMPARE(CCmtdViewAnaWave::labelSpacing(80, 0.1f), 1000);
+        QCOMPARE(CCmtdViewAnaWave::labelSpacing(80, 40.0f), 2);
+        QCOMPARE(CCmtdViewAnaWave::labelSpacing(80, 500.0f), 1);
+        QCOMPARE(CCmtdViewAnaWave::labelSpacing(80, 0.3f), 500); // 267 samples round up to 500
+    }
+
     void zoomWindowOfTwentyPixelsDoesNothing()
     {
         QTemporaryDir dir;
