@@ -677,8 +677,8 @@ void CCmtdViewAnaWave::drawAxis(QPainter &painter, const QRect &rect)
     const int zero = file.customT0 >= 0 && file.customT0 < m_points ? file.customT0
                      : file.triggerIndex >= 0                       ? file.triggerIndex
                                                                     : 0;
-    const int spacing = labelSpacing(metrics.horizontalAdvance(QStringLiteral("_smmm.uuu_")), hScale);
     const int labelWidth = metrics.horizontalAdvance(QStringLiteral("_smmm.uuu_"));
+    const int spacing = labelSpacing(labelWidth, hScale);
     const int from = sampleAtPixel(rect.left() - m_nMarginL);
     const int to = sampleAtPixel(rect.right() - m_nMarginL);
     // Labels stand on samples whose distance from the zero is a multiple of the spacing.
