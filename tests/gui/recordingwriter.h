@@ -4,6 +4,7 @@
 
 #include "cmtdchildframe.h"
 
+#include <QSettings>
 #include <QString>
 #include <QTemporaryDir>
 #include <QTest>
@@ -78,4 +79,12 @@ inline QString writeSineRecording(const QTemporaryDir &dir, const char *name, in
     }
     std::fclose(dat);
     return base + QStringLiteral(".cfg");
+}
+
+// Keeps the recent-file list of the tests away from the user's own settings.
+inline void isolateSettings()
+{
+    static QTemporaryDir folder;
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, folder.path());
+    QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, folder.path());
 }

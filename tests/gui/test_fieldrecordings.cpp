@@ -21,7 +21,11 @@ class FieldRecordingsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { QStandardPaths::setTestModeEnabled(true); }
+    void initTestCase()
+    {
+        QStandardPaths::setTestModeEnabled(true);
+        isolateSettings();
+    }
 
     void everyRecordingOpensAndPaints()
     {

@@ -44,6 +44,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         QStandardPaths::setTestModeEnabled(true);
+        isolateSettings();
         QSettings(QStringLiteral("TRWK"), QStringLiteral("VELDRIX")).clear();
     }
 

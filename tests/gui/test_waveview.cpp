@@ -19,7 +19,11 @@ class WaveViewTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { QStandardPaths::setTestModeEnabled(true); }
+    void initTestCase()
+    {
+        QStandardPaths::setTestModeEnabled(true);
+        isolateSettings();
+    }
 
     void init()
     {
