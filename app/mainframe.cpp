@@ -23,31 +23,6 @@
 #include <QTabBar>
 #include <QToolBar>
 
-namespace {
-
-// The base path of a recording: the absolute path without its last extension.
-QString basePathOf(const QString &path)
-{
-    const QFileInfo info(path);
-    const QString absolute = info.absoluteFilePath();
-    const int slash = absolute.lastIndexOf(QLatin1Char('/'));
-    const int dot = absolute.lastIndexOf(QLatin1Char('.'));
-    return dot > slash ? absolute.left(dot) : absolute;
-}
-
-// base + extension, or the upper-case variant where only that exists: recorders running on
-// other systems often write ".CFG" and ".DAT".
-QString siblingOf(const QString &base, const QString &extension)
-{
-    const QString lower = base + extension.toLower();
-    if (QFileInfo::exists(lower))
-        return lower;
-    const QString upper = base + extension.toUpper();
-    return QFileInfo::exists(upper) ? upper : lower;
-}
-
-} // namespace
-
 static void registerImages()
 {
     Q_INIT_RESOURCE(images);
@@ -220,13 +195,8 @@ void CMainFrame::updateTabs()
 void CMainFrame::slot_childTabChanged(int index)
 {
     auto *child = qobject_cast<CMdiChildFrame *>(m_childTabs->tabData(index).value<QObject *>());
-    if (!child)
-        return;
-    const QList<QMdiSubWindow *> windows = mdiArea->subWindowList();
-    for (QMdiSubWindow *window : windows) {
-        if (window->widget() == child)
-            mdiArea->setActiveSubWindow(window);
-    }
+    if (child)
+        activateChild(child);
 }
 
 void CMainFrame::childClosed(CMdiChildFrame *child)
@@ -272,15 +242,20 @@ void CMainFrame::openFile(const QString &path)
 {
     if (path.isEmpty() || !QFileInfo::exists(path))
         return;
-    const QString base = basePathOf(path);
+    // The engine's rules for a recording's files: the last extension goes, and ".CFG" stands
+    // in where only the upper-case name exists.
+    const QByteArray base = CmtdBasePath(QFileInfo(path).absoluteFilePath().toLocal8Bit().constData());
+    auto sibling = [&base](const char *extension) {
+        return QString::fromLocal8Bit(CmtdSiblingPath(base, extension));
+    };
     if (globalOptions.cvtToCmtd) {
         // A recorder's native file is turned into COMTRADE beside it, unless a current
         // extension file already stands there.
         CCmtd99File probe;
-        const int version = probe.ReadInfVersion((base + QStringLiteral(".inf")).toLocal8Bit().constData());
-        QString native = base + QStringLiteral(".trd");
+        const int version = probe.ReadInfVersion((base + ".inf").constData());
+        QString native = sibling(".trd");
         if (!QFileInfo::exists(native))
-            native = base + QStringLiteral(".trh");
+            native = sibling(".trh");
         if (QFileInfo::exists(native) && version < 2) {
             QApplication::setOverrideCursor(Qt::WaitCursor);
             globalOptions.convertRecorderFile(native.toLocal8Bit().constData());
@@ -290,34 +265,26 @@ void CMainFrame::openFile(const QString &path)
     // A single-file recording holds its configuration and data inside.
     if (path.endsWith(QStringLiteral(".cff"), Qt::CaseInsensitive)) {
         if (CMdiChildFrame *open = findChild(QFileInfo(path).canonicalFilePath())) {
-            const QList<QMdiSubWindow *> windows = mdiArea->subWindowList();
-            for (QMdiSubWindow *window : windows) {
-                if (window->widget() == open)
-                    mdiArea->setActiveSubWindow(window);
-            }
+            activateChild(open);
             return;
         }
         lastDirectory = QFileInfo(path).absolutePath();
         createChild(QFileInfo(path).absoluteFilePath());
         return;
     }
-    const QString cfg = siblingOf(base, QStringLiteral(".cfg"));
+    const QString cfg = sibling(".cfg");
     if (!QFileInfo::exists(cfg)) {
         reportWarning("File is not exist: %s\n", cfg.toLocal8Bit().constData());
         return;
     }
-    const QString dat = siblingOf(base, QStringLiteral(".dat"));
-    if (!QFileInfo::exists(dat) && !QFileInfo::exists(siblingOf(base, QStringLiteral(".d00")))) {
+    const QString dat = sibling(".dat");
+    if (!QFileInfo::exists(dat) && !QFileInfo::exists(sibling(".d00"))) {
         reportWarning("File is not exist: %s\n", dat.toLocal8Bit().constData());
         return;
     }
     lastDirectory = QFileInfo(cfg).absolutePath();
     if (CMdiChildFrame *open = findChild(QFileInfo(cfg).canonicalFilePath())) {
-        const QList<QMdiSubWindow *> windows = mdiArea->subWindowList();
-        for (QMdiSubWindow *window : windows) {
-            if (window->widget() == open)
-                mdiArea->setActiveSubWindow(window);
-        }
+        activateChild(open);
         addRecentFile(QFileInfo(cfg).canonicalFilePath());
         return;
     }

@@ -71,6 +71,15 @@ CMdiChildFrame *CMdiMainFrame::findChild(const QString &canonicalPath) const
     return nullptr;
 }
 
+void CMdiMainFrame::activateChild(CMdiChildFrame *child)
+{
+    const QList<QMdiSubWindow *> windows = mdiArea->subWindowList();
+    for (QMdiSubWindow *window : windows) {
+        if (window->widget() == child)
+            mdiArea->setActiveSubWindow(window);
+    }
+}
+
 void CMdiMainFrame::slot_childActived(QMdiSubWindow *window)
 {
     activeChild = window ? qobject_cast<CMdiChildFrame *>(window->widget()) : nullptr;

@@ -100,6 +100,8 @@ protected:
     virtual CMdiChildFrame *createChild(const QString &path) = 0;
     void addChild(CMdiChildFrame *child);
     CMdiChildFrame *findChild(const QString &canonicalPath) const;
+    // Brings a document's window to the front of the area.
+    void activateChild(CMdiChildFrame *child);
 
     QMdiArea *mdiArea = nullptr;
     CMdiChildFrame *activeChild = nullptr;

@@ -24,17 +24,6 @@ QByteArray printed(const char *format, double value)
     return buffer;
 }
 
-bool hasRatio(const CmtdChn_Analog *c)
-{
-    if (!c)
-        return false;
-    constexpr uint32_t ratings = CmtdChn_Analog::PrimaryRatingGiven | CmtdChn_Analog::PrimaryUnitGiven |
-                                 CmtdChn_Analog::SecondaryRatingGiven | CmtdChn_Analog::SecondaryUnitGiven;
-    constexpr uint32_t ratio =
-        CmtdChn_Analog::PrimaryGiven | CmtdChn_Analog::SecondaryGiven | CmtdChn_Analog::PsGiven;
-    return (c->flags & ratings) == ratings || (c->flags & ratio) == ratio;
-}
-
 QByteArray prefixed(double value)
 {
     const double a = std::fabs(value);
@@ -74,7 +63,7 @@ QByteArray FormatChannelNumber(const CChnMapAnalog &chn, double value, uint32_t 
 {
     const CmtdChn_Analog *c = chn.config;
     const bool primary = (flags & DisplayPrimary) != 0;
-    const bool ratio = hasRatio(c);
+    const bool ratio = c && (c->HasRatings() || c->HasLineRatio());
     const char marker = c ? c->ps : 'S';
     const QByteArray unit = chn.unit.text;
     if (chn.kindCode == ClassDCV || chn.kindCode == ClassDCC) {

@@ -49,6 +49,14 @@ const TrigTable &trigTable(int n, int k)
     return table;
 }
 
+// The segment a caller handed in, or the one that holds `index`; null when there is none.
+const RateSegment *segmentOf(const CCmtd99File &file, const RateSegment *given, int index, RateSegment &found)
+{
+    if (given)
+        return given;
+    return FindRateSegment(file, index, found) ? &found : nullptr;
+}
+
 int roundedCycle50(float rate)
 {
     const float span = rate * kCycle50;
@@ -233,12 +241,10 @@ int BasePhasorAt(const CCmtd99File &file, const RateSegment *given, const CChnMa
     if (!chn)
         return NoValue;
     RateSegment found;
-    if (!given) {
-        if (!FindRateSegment(file, index, found))
-            return NoValue;
-        given = &found;
-    }
-    const RateSegment &segment = *given;
+    const RateSegment *known = segmentOf(file, given, index, found);
+    if (!known)
+        return NoValue;
+    const RateSegment &segment = *known;
     const int n = PointsPerCycle(segment.rate, RatedFreq(*chn));
     if (n < 4) {
         double mean = 0.0;
@@ -274,12 +280,10 @@ int RealEffectiveAt(const CCmtd99File &file, const RateSegment *given, const CCh
     if (!chn)
         return NoValue;
     RateSegment found;
-    if (!given) {
-        if (!FindRateSegment(file, index, found))
-            return NoValue;
-        given = &found;
-    }
-    const RateSegment &segment = *given;
+    const RateSegment *known = segmentOf(file, given, index, found);
+    if (!known)
+        return NoValue;
+    const RateSegment &segment = *known;
     float f = chn->IsAC() ? RatedFreq(*chn) : file.fileDesc.lineFreq;
     if (!(f >= 1.0f))
         f = 50.0f;

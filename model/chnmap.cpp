@@ -184,16 +184,11 @@ float CChnMapAnalog::TransformRatio() const
 {
     if (!config)
         return 1.0f;
-    const uint32_t f = config->flags;
-    constexpr uint32_t ratings = CmtdChn_Analog::PrimaryRatingGiven | CmtdChn_Analog::PrimaryUnitGiven |
-                                 CmtdChn_Analog::SecondaryRatingGiven | CmtdChn_Analog::SecondaryUnitGiven;
-    constexpr uint32_t ratio =
-        CmtdChn_Analog::PrimaryGiven | CmtdChn_Analog::SecondaryGiven | CmtdChn_Analog::PsGiven;
-    if ((f & ratings) == ratings) {
+    if (config->HasRatings()) {
         return UnitFactor(config->primaryUnit.constData(), config->secondaryUnit.constData()) *
                config->primaryRating / config->secondaryRating;
     }
-    if ((f & ratio) == ratio)
+    if (config->HasLineRatio())
         return config->primary / config->secondary;
     return 1.0f;
 }
@@ -205,16 +200,11 @@ float sideFactor(const CmtdChn_Analog *config, const char *target, bool primary)
     if (!config)
         return 1.0f;
     const char *to = target ? target : config->uu.constData();
-    const uint32_t f = config->flags;
-    constexpr uint32_t ratings = CmtdChn_Analog::PrimaryRatingGiven | CmtdChn_Analog::PrimaryUnitGiven |
-                                 CmtdChn_Analog::SecondaryRatingGiven | CmtdChn_Analog::SecondaryUnitGiven;
-    constexpr uint32_t ratio =
-        CmtdChn_Analog::PrimaryGiven | CmtdChn_Analog::SecondaryGiven | CmtdChn_Analog::PsGiven;
-    if ((f & ratings) == ratings) {
+    if (config->HasRatings()) {
         return primary ? UnitFactor(config->primaryUnit.constData(), to) * config->primaryRating
                        : UnitFactor(config->secondaryUnit.constData(), to) * config->secondaryRating;
     }
-    if ((f & ratio) == ratio)
+    if (config->HasLineRatio())
         return UnitFactor(config->uu.constData(), to) * (primary ? config->primary : config->secondary);
     return 1.0f;
 }

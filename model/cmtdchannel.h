@@ -65,6 +65,19 @@ public:
 
     CmtdChn_Analog() = default;
     virtual void Copy(const CmtdChn_Base &other);
+    // The transformer ratio is given by ratings (all four fields) or by the channel line
+    // (primary, secondary and P/S); the ratings go first where both are given.
+    bool HasRatings() const
+    {
+        constexpr uint32_t bits =
+            PrimaryRatingGiven | PrimaryUnitGiven | SecondaryRatingGiven | SecondaryUnitGiven;
+        return (flags & bits) == bits;
+    }
+    bool HasLineRatio() const
+    {
+        constexpr uint32_t bits = PrimaryGiven | SecondaryGiven | PsGiven;
+        return (flags & bits) == bits;
+    }
     // Clears the record to its defaults under a new index.
     void Reset(int newIndex);
 

@@ -1,8 +1,9 @@
 #pragma once
 
-// Small recordings that the widget tests write for themselves.
+// Small recordings that the widget tests write for themselves, and the main frame they open in.
 
 #include "cmtdchildframe.h"
+#include "mainframe.h"
 
 #include <QSettings>
 #include <QString>
@@ -87,4 +88,28 @@ inline void isolateSettings()
     static QTemporaryDir folder;
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, folder.path());
     QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, folder.path());
+}
+
+// A main frame with its menus, shown at the given size.
+inline CMainFrame *showMainFrame(int width, int height)
+{
+    auto *main = new CMainFrame;
+    main->initialize();
+    main->resize(width, height);
+    main->show();
+    return main;
+}
+
+inline void closeMainFrame(CMainFrame *main)
+{
+    main->close();
+    delete main;
+}
+
+// Opens a recording and gives the document it opened in (the newest), or null.
+inline CCmtdChildFrame *openDocument(CMainFrame *main, const QString &path)
+{
+    main->openFile(path);
+    const QList<CMdiChildFrame *> children = main->children();
+    return children.isEmpty() ? nullptr : qobject_cast<CCmtdChildFrame *>(children.last());
 }

@@ -41,26 +41,11 @@ private Q_SLOTS:
         isolateSettings();
     }
 
-    void init()
-    {
-        m_main = new CMainFrame;
-        m_main->initialize();
-        m_main->resize(1200, 800);
-        m_main->show();
-    }
+    void init() { m_main = showMainFrame(1200, 800); }
 
-    void cleanup()
-    {
-        m_main->close();
-        delete m_main;
-    }
+    void cleanup() { closeMainFrame(m_main); }
 
-    CCmtdChildFrame *open(const QString &path)
-    {
-        m_main->openFile(path);
-        const QList<CMdiChildFrame *> children = m_main->children();
-        return children.isEmpty() ? nullptr : qobject_cast<CCmtdChildFrame *>(children.last());
-    }
+    CCmtdChildFrame *open(const QString &path) { return openDocument(m_main, path); }
 
     void reportStepIsAHundredthAtLeastOne()
     {

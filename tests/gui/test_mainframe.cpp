@@ -48,19 +48,9 @@ private Q_SLOTS:
         QSettings(QStringLiteral("TRWK"), QStringLiteral("VELDRIX")).clear();
     }
 
-    void init()
-    {
-        m_main = new CMainFrame;
-        m_main->initialize();
-        m_main->resize(1000, 700);
-        m_main->show();
-    }
+    void init() { m_main = showMainFrame(1000, 700); }
 
-    void cleanup()
-    {
-        m_main->close();
-        delete m_main;
-    }
+    void cleanup() { closeMainFrame(m_main); }
 
     void everyFileOfARecordingOpensOneDocument()
     {

@@ -27,21 +27,12 @@ private Q_SLOTS:
 
     void init()
     {
-        m_main = new CMainFrame;
-        m_main->initialize();
-        m_main->resize(1200, 800);
-        m_main->show();
-        m_frame = nullptr;
-        m_main->openFile(writeSineRecording(m_dir, "sine", 1000));
-        m_frame = qobject_cast<CCmtdChildFrame *>(m_main->children().last());
+        m_main = showMainFrame(1200, 800);
+        m_frame = openDocument(m_main, writeSineRecording(m_dir, "sine", 1000));
         QVERIFY(m_frame && waitIdle(m_frame));
     }
 
-    void cleanup()
-    {
-        m_main->close();
-        delete m_main;
-    }
+    void cleanup() { closeMainFrame(m_main); }
 
     // The point in the middle of a channel's line, in document coordinates.
     QPoint lineOf(const CChnMapBase *channel)

@@ -25,24 +25,13 @@ private Q_SLOTS:
         isolateSettings();
     }
 
-    void init()
-    {
-        m_main = new CMainFrame;
-        m_main->initialize();
-        m_main->resize(1000, 700);
-        m_main->show();
-    }
+    void init() { m_main = showMainFrame(1000, 700); }
 
-    void cleanup()
-    {
-        m_main->close();
-        delete m_main;
-    }
+    void cleanup() { closeMainFrame(m_main); }
 
     CCmtdChildFrame *open(const QString &path)
     {
-        m_main->openFile(path);
-        auto *frame = qobject_cast<CCmtdChildFrame *>(m_main->children().last());
+        CCmtdChildFrame *frame = openDocument(m_main, path);
         if (frame)
             waitIdle(frame);
         return frame;
