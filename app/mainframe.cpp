@@ -4,6 +4,7 @@
 #include "cmtdchildframe.h"
 #include "globaloptions.h"
 #include "optionsdialog.h"
+#include "reportwarning.h"
 
 #include <QAction>
 #include <QApplication>

@@ -6,22 +6,6 @@
 #include <QMdiSubWindow>
 #include <QScreen>
 
-CMdiChildFrame::CMdiChildFrame(CMdiMainFrame *mainFrame) : mainFrame(mainFrame)
-{
-    setAttribute(Qt::WA_DeleteOnClose);
-    if (const QScreen *screen = QGuiApplication::primaryScreen()) {
-        const QSize desktop = screen->availableSize();
-        setMinimumSize(desktop.width() / 4, desktop.height() / 4);
-    }
-}
-
-void CMdiChildFrame::closeEvent(QCloseEvent *event)
-{
-    event->accept();
-    if (mainFrame)
-        mainFrame->childClosed(this);
-}
-
 CMdiMainFrame::CMdiMainFrame(QWidget *parent) : QMainWindow(parent) {}
 
 void CMdiMainFrame::initialize()
@@ -57,6 +41,11 @@ QList<CMdiChildFrame *> CMdiMainFrame::children() const
 
 void CMdiMainFrame::addChild(CMdiChildFrame *child)
 {
+    connect(child, &CMdiChildFrame::closed, this, &CMdiMainFrame::childClosed);
+    connect(child, &CMdiChildFrame::menusChanged, this, [this](CMdiChildFrame *changed) {
+        if (activeChild == changed)
+            updateMenus();
+    });
     QMdiSubWindow *window = mdiArea->addSubWindow(child);
     window->setWindowIcon(child->windowIcon());
 }

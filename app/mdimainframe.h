@@ -1,5 +1,7 @@
 #pragma once
 
+#include "mdichildframe.h"
+
 #include <QHostAddress>
 #include <QMainWindow>
 #include <QString>
@@ -12,44 +14,6 @@ class QMdiArea;
 class QMdiSubWindow;
 class QMenu;
 class QMenuBar;
-class CMdiMainFrame;
-
-// The places in the main frame's File menu where a document frame puts its own entries.
-struct FileMenuAnchors
-{
-    QMenu *file = nullptr;
-    QAction *afterOpen = nullptr;   // entries go right behind "Open(&O)..."
-    QAction *combin = nullptr;      // entries go before "Combin Files(&C)..."
-    QAction *infMap = nullptr;      // entries go before the path map's entry
-    QAction *afterInfMap = nullptr; // entries go behind the path map's entry
-};
-
-// Base of every document inside the main frame: a small main window of its own, so that it
-// can carry tool bars. It deletes itself when closed and tells the main frame.
-class CMdiChildFrame : public QMainWindow
-{
-    Q_OBJECT
-
-public:
-    explicit CMdiChildFrame(CMdiMainFrame *mainFrame);
-
-    // Opens the document; false when it cannot be shown (the frame is then closed).
-    virtual bool openFile(const QString &path) = 0;
-    // Puts the document's entries into the File menu and its menus into the menu bar.
-    virtual void buildMenus(QMenuBar *bar, const FileMenuAnchors &anchors) {}
-    // Sets every action's enabled and checked state.
-    virtual void updateActions() {}
-    // The canonical path of the document, used to find an already open one.
-    const QString &fileName() const { return m_fileName; }
-    bool isModified() const { return m_modified; }
-
-protected:
-    void closeEvent(QCloseEvent *event) override;
-
-    CMdiMainFrame *mainFrame;
-    QString m_fileName;
-    bool m_modified = false;
-};
 
 // The top window: an MDI area holding the document frames. Every file name enters the program
 // through `openFile`, whether it comes from the command line, a dialog or a drop.

@@ -6,6 +6,7 @@
 #include "cmtdviewananame.h"
 #include "cmtdviewanawave.h"
 #include "globaloptions.h"
+#include "reportwarning.h"
 #include "timetext.h"
 
 #include <QCloseEvent>
@@ -24,7 +25,7 @@
 
 #include <ctime>
 
-CCmtdChildFrame::CCmtdChildFrame(CMdiMainFrame *mainFrame) : CMdiChildFrame(mainFrame), m_thread(this)
+CCmtdChildFrame::CCmtdChildFrame(QWidget *parent) : CMdiChildFrame(parent), m_thread(this)
 {
     setWindowIcon(QIcon(QStringLiteral(":/images/DocComtrade.png")));
     createActions();
@@ -36,9 +37,10 @@ CCmtdChildFrame::CCmtdChildFrame(CMdiMainFrame *mainFrame) : CMdiChildFrame(main
     auto *splitter = new QSplitter(Qt::Horizontal, m_anaContainer);
     auto *nameArea = new CScrollAreaEx(splitter);
     auto *waveArea = new CScrollAreaEx(splitter);
-    m_waveView = new CCmtdViewAnaWave(this);
+    m_waveView = new CCmtdViewAnaWave(&m_document);
     waveArea->setView(m_waveView);
-    m_nameView = new CCmtdViewAnaName(this, m_waveView);
+    m_waveView->setEnvelopeMode(m_actions[ActEnvelope]->isChecked());
+    m_nameView = new CCmtdViewAnaName(&m_document, m_waveView);
     nameArea->setView(m_nameView);
     nameArea->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     nameArea->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -52,6 +54,14 @@ CCmtdChildFrame::CCmtdChildFrame(CMdiMainFrame *mainFrame) : CMdiChildFrame(main
     splitter->setStretchFactor(1, 1);
     splitter->setSizes({fontMetrics().horizontalAdvance(QLatin1Char('x')) * 46, 1000});
     m_anaContainer->setWaveWidget(splitter);
+    connect(&m_document, &CCmtdDocument::cursorsChanged, this, &CCmtdChildFrame::updateCursorTexts);
+    connect(&m_document, &CCmtdDocument::actionStatesChanged, this, &CCmtdChildFrame::updateActions);
+    connect(&m_document, &CCmtdDocument::zoomModeRequested, this, &CCmtdChildFrame::setZoomMode);
+    connect(&m_document, &CCmtdDocument::displayChanged, m_waveView, [this] {
+        m_waveView->layoutRows(true);
+        m_nameView->update();
+    });
+    m_cfgContainer = new CCmtdChildContainerCfg(this);
     connect(m_cfgContainer, &CCmtdChildContainerCfg::codecChosen, this, [this](const QByteArray &codec) {
         m_file.codecOverride = codec;
         m_file.codecName = codec;
@@ -59,11 +69,6 @@ CCmtdChildFrame::CCmtdChildFrame(CMdiMainFrame *mainFrame) : CMdiChildFrame(main
         setWindowTitle(titleText());
         m_nameView->update();
     });
-    connect(this, &CCmtdChildFrame::displayChanged, m_waveView, [this] {
-        m_waveView->layoutRows(true);
-        m_nameView->update();
-    });
-    m_cfgContainer = new CCmtdChildContainerCfg(this);
     pages->addWidget(m_anaContainer);
     pages->addWidget(m_cfgContainer);
     setCentralWidget(pages);
@@ -75,19 +80,11 @@ CCmtdChildFrame::CCmtdChildFrame(CMdiMainFrame *mainFrame) : CMdiChildFrame(main
 CCmtdChildFrame::~CCmtdChildFrame()
 {
     // The recording must outlive any job still running on it: stop and wait first.
-    setBackgroundBit(StateCancel, true);
+    m_document.setBackgroundBit(StateCancel, true);
     if (m_thread.isRunning()) {
         m_thread.requestQuit();
         m_thread.wait();
     }
-}
-
-void CCmtdChildFrame::setBackgroundBit(uint32_t bit, bool on)
-{
-    if (on)
-        m_backgroundState.fetch_or(bit, std::memory_order_relaxed);
-    else
-        m_backgroundState.fetch_and(~bit, std::memory_order_relaxed);
 }
 
 bool CCmtdChildFrame::submitJob(int kind, void *argument)
@@ -157,7 +154,7 @@ bool CCmtdChildFrame::openFile(const QString &path)
     m_modified = false;
     setWindowTitle(titleText());
     m_cfgContainer->showRecording(m_file);
-    setBackgroundBit(StateLoading, true);
+    m_document.setBackgroundBit(StateLoading, true);
     submitJob(CCmtdThread::KindLoad);
 
     unitSelector->blockSignals(true);
@@ -191,7 +188,7 @@ void CCmtdChildFrame::progressEvent(const CCmtdEventProgress &event)
     const bool loading = backgroundState() & StateLoading;
     switch (event.code) {
     case 1:
-        setBackgroundBit(StateBusy, true);
+        m_document.setBackgroundBit(StateBusy, true);
         m_progressAction->setVisible(true);
         updateActions();
         break;
@@ -199,7 +196,7 @@ void CCmtdChildFrame::progressEvent(const CCmtdEventProgress &event)
         finishJob();
         break;
     case 3:
-        Q_EMIT displayChanged();
+        Q_EMIT m_document.displayChanged();
         break;
     case 9:
         m_progressBar->setRange(0, event.a);
@@ -208,7 +205,7 @@ void CCmtdChildFrame::progressEvent(const CCmtdEventProgress &event)
         if (loading) {
             m_waveView->buildRows(false);
             m_waveView->setDrawnExtent(0, true);
-            Q_EMIT extentChanged(0);
+            Q_EMIT m_document.extentChanged(0);
         }
         break;
     case 10:
@@ -216,7 +213,7 @@ void CCmtdChildFrame::progressEvent(const CCmtdEventProgress &event)
         // The samples up to this report are in the stores: the waves may show them.
         if (loading) {
             m_waveView->setDrawnExtent(event.b + 1, true);
-            Q_EMIT extentChanged(event.b + 1);
+            Q_EMIT m_document.extentChanged(event.b + 1);
         }
         break;
     case 11:
@@ -239,10 +236,10 @@ void CCmtdChildFrame::finishJob()
         m_waveView->update();
         m_nameView->rebuildValues();
         m_nameView->update();
-        Q_EMIT extentChanged(points);
+        Q_EMIT m_document.extentChanged(points);
         showSpan();
         m_cfgContainer->showRecording(m_file);
-        setBackgroundBit(StateLoading, false);
+        m_document.setBackgroundBit(StateLoading, false);
         if (points < 5) {
             // A configuration without samples is looked at on its configuration page.
             m_toolBar->hide();
@@ -251,18 +248,17 @@ void CCmtdChildFrame::finishJob()
             if (globalOptions.stateMask & CGlobalOptions::AutoHideStatus0)
                 slot_WaveShowChnHideS0();
             if (globalOptions.stateMask & CGlobalOptions::ChnNameAhead)
-                displayFlags |= 0x2000000;
+                m_document.displayFlags.setFlag(CCmtdDocument::NameAhead);
             if (globalOptions.stateMask & CGlobalOptions::AutoSaveWaveViewStatus)
                 m_waveView->loadStatus(lastStatusPath().constData());
         }
     }
-    setBackgroundBit(StateBusy, false);
+    m_document.setBackgroundBit(StateBusy, false);
     m_progressBar->reset();
     m_progressBar->setRange(0, 100);
     m_progressAction->setVisible(false); // shown only while a job runs
     // The menus follow the recording: with samples come the view and analysis menus.
-    if (mainFrame && mainFrame->activeFrame() == this)
-        mainFrame->updateMenus();
+    Q_EMIT menusChanged(this);
     updateActions();
     updateCursorTexts();
 }
@@ -339,7 +335,8 @@ void CCmtdChildFrame::closeEvent(QCloseEvent *event)
 {
     // The worker is told to end before anything is asked: a running job stops at its next check.
     const bool loaded = !(backgroundState() & StateLoading) && m_file.loadedPoints >= 5;
-    setBackgroundBit(StateClosing | StateCancel, true);
+    m_document.setBackgroundBit(StateClosing, true);
+    m_document.setBackgroundBit(StateCancel, true);
     m_thread.requestQuit();
     // A view of a recording still being read is not kept: it would not fit the whole file.
     if (loaded && (globalOptions.stateMask & CGlobalOptions::AutoSaveWaveViewStatus))
@@ -412,7 +409,7 @@ void CCmtdChildFrame::slot_FileSaveAs()
 void CCmtdChildFrame::slot_BtnServerStop()
 {
     if (m_thread.pendingKind() != CCmtdThread::KindNone)
-        setBackgroundBit(StateCancel, true);
+        m_document.setBackgroundBit(StateCancel, true);
 }
 
 void CCmtdChildFrame::setModified(bool modified)
@@ -424,7 +421,7 @@ void CCmtdChildFrame::setModified(bool modified)
 
 void CCmtdChildFrame::setZoomMode(int mode)
 {
-    zoomMode = mode;
+    m_document.zoomMode = mode;
     // The free horizontal zoom keeps the cross and shows its band; the vertical drag shows its
     // own image as the pointer.
     if (mode == ZoomVertDrag)

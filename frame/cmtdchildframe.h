@@ -1,8 +1,9 @@
 #pragma once
 
 #include "cmtd99file.h"
+#include "cmtddocument.h"
 #include "cmtdthread.h"
-#include "mdimainframe.h"
+#include "mdichildframe.h"
 
 #include <QList>
 
@@ -30,96 +31,12 @@ class CCmtdChildFrame : public CMdiChildFrame
     Q_OBJECT
 
 public:
-    // Bits of `backgroundState`.
-    enum BackgroundBit : uint32_t
-    {
-        StateClosing = 1,
-        StateCancel = 2,
-        StateBusy = 4,
-        StateLoading = 8
-    };
-    enum ZoomMode
-    {
-        ZoomNone = 0,
-        ZoomHorzFree = 4096,
-        ZoomVertDrag = 8192
-    };
+    using Action = CCmtdDocument::Action;
+    using enum CCmtdDocument::Action;
+    using enum CCmtdDocument::BackgroundBit;
+    using enum CCmtdDocument::ZoomMode;
 
-    // Every action of the frame, in the order in which they are built.
-    enum Action
-    {
-        ActFileSave,
-        ActFileSaveAs,
-        ActFileCut,
-        ActFileInfExp,
-        ActFileInfImp,
-        ActFilePntSel,
-        ActFilePrint,
-        ActValPri,
-        ActValRms,
-        ActValHm1,
-        ActValAng,
-        ActChnPick,
-        ActChnReSort,
-        ActChnShowAll,
-        ActChnHideS0,
-        ActShowT0,
-        ActT0cSet,
-        ActT0cShow,
-        ActT0cDel,
-        ActSaveStatus,
-        ActLoadStatus,
-        ActGrpOver,
-        ActToolClip,
-        ActToolMark,
-        ActToolChnGrp,
-        ActToolExp,
-        ActToolLineTst,
-        ActAnaVec,
-        ActAnaSeq,
-        ActAnaRX,
-        ActAnaHm,
-        ActAnaPqs,
-        ActAnaBusDiff,
-        ActAnaStaEvn,
-        ActCoordinateXY,
-        ActLineSingle,
-        ActLineDouble,
-        ActLineComplex,
-        ActTrmPqs,
-        ActTrmUf,
-        ActTrmDiff,
-        ActTrmDiffCw,
-        ActTrmDiff0,
-        ActTrmComplex,
-        ActPwrPqs,
-        ActPwrUf,
-        ActPwrAng,
-        ActPwrLossExci,
-        ActPwrLossStep,
-        ActPwrPqG,
-        ActPwrDiff,
-        ActPwrDiffV,
-        ActPwrDiffH,
-        ActPwrComplex,
-        ActPTGDiff,
-        ActColorShift,
-        ActNameAhead,
-        ActDotMode,
-        ActZoomHorzOut,
-        ActZoomHorzIn,
-        ActZoomHorzFree,
-        ActZoomHorzCompress,
-        ActZoomHorzExtend,
-        ActZoomVertScale,
-        ActZoomVertExtend,
-        ActZoomHorzReset,
-        ActZoomVertReset,
-        ActServerStop,
-        ActionCount
-    };
-
-    explicit CCmtdChildFrame(CMdiMainFrame *mainFrame);
+    explicit CCmtdChildFrame(QWidget *parent = nullptr);
     ~CCmtdChildFrame() override;
 
     bool openFile(const QString &path) override;
@@ -127,6 +44,9 @@ public:
     void updateActions() override;
 
     const CCmtd99File &recording() const { return m_file; }
+    // What the views and forms share with the frame.
+    CCmtdDocument *document() { return &m_document; }
+    const CCmtdDocument *document() const { return &m_document; }
     // The recording as the worker fills it; only the worker's job may write through this.
     CCmtd99File &recordingForJob() { return m_file; }
     CCmtdChildContainerCfg *cfgContainer() const { return m_cfgContainer; }
@@ -143,13 +63,10 @@ public:
     const QString &spanText() const { return m_spanText; }
     int currentPage() const { return m_currentPage; }
 
-    bool isCancelled() const { return m_backgroundState.load(std::memory_order_relaxed) & StateCancel; }
-    uint32_t backgroundState() const { return m_backgroundState.load(std::memory_order_relaxed); }
+    bool isCancelled() const { return m_document.isCancelled(); }
+    uint32_t backgroundState() const { return m_document.backgroundState(); }
     // Stores a job in the worker's slot; a request while the slot is full is dropped.
     bool submitJob(int kind, void *argument = nullptr);
-
-    uint32_t displayFlags = 0x200000;
-    int32_t zoomMode = ZoomNone;
 
     CCmtdViewAnaWave *waveView() const { return m_waveView; }
     CCmtdViewAnaName *nameView() const { return m_nameView; }
@@ -158,12 +75,6 @@ public:
     // Enters or leaves a zoom mode of the mouse (0, 4096 free horizontal, 8192 vertical).
     void setZoomMode(int mode);
     void setModified(bool modified);
-
-Q_SIGNALS:
-    // The display flags or the colour scheme changed: the views repaint.
-    void displayChanged();
-    // The samples drawn reach this many points (during a load and at its end).
-    void extentChanged(int points);
 
 protected:
     void closeEvent(QCloseEvent *event) override;
@@ -178,10 +89,9 @@ private:
     void finishJob();
     void showSpan();
     bool saveAs(const QString &path);
-    void setBackgroundBit(uint32_t bit, bool on);
     QString absoluteTimeText(const char *label, int sample) const;
-    void toggleFlag(uint32_t flag);
-    void setMapFlag(uint32_t frameFlag, uint32_t mapFlag, bool analogOnly);
+    void toggleFlag(CCmtdDocument::DisplayFlag flag);
+    void setMapFlag(CCmtdDocument::DisplayFlag frameFlag, uint32_t mapFlag, bool analogOnly);
 
     void slot_PaneTabViewSwitch(int page);
     void slot_CmbWaveUntSelChanged(int index);
@@ -216,6 +126,7 @@ private:
     void slot_BtnZoomVertScaleInOut();
     void slot_BtnZoomHorzReset();
     void slot_BtnZoomVertReset();
+    void slot_WaveShowEnvelope();
 
     QAction *m_actions[ActionCount] = {};
     QComboBox *unitSelector = nullptr;
@@ -232,8 +143,8 @@ private:
     CCmtdViewAnaName *m_nameView = nullptr;
     int m_currentPage = -1;
     QString m_spanText;
-    std::atomic<uint32_t> m_backgroundState{0};
     // The worker before the recording: members go in reverse order, the recording first.
     CCmtdThread m_thread;
     CCmtd99File m_file;
+    CCmtdDocument m_document{m_file};
 };

@@ -8,6 +8,8 @@
 #include "cmtdviewanawave.h"
 #include "globaloptions.h"
 #include "globalsettings.h"
+#include "menutext.h"
+#include "reportwarning.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -18,6 +20,7 @@
 #include <QListWidget>
 #include <QMenu>
 #include <QMenuBar>
+#include <QSettings>
 #include <QTabBar>
 #include <QToolBar>
 #include <QVBoxLayout>
@@ -101,6 +104,7 @@ const ActionDef kActions[CCmtdChildFrame::ActionCount] = {
     {QT_TR_NOOP("Horz Zoom Reset"), "BtnZoomHorzReset", false},
     {QT_TR_NOOP("Vert Zoom Reset"), "BtnZoomVertReset", false},
     {QT_TR_NOOP("Cancel Background Service"), "BtnStop", false},
+    {QT_TR_NOOP("Envelope Drawing"), "BtnEnvelope", true},
 };
 
 } // namespace
@@ -113,6 +117,7 @@ void CCmtdChildFrame::createActions()
                                    QString(), this);
         action->setCheckable(def.checkable);
         m_actions[i] = action;
+        m_document.setAction(Action(i), action);
     }
     // The actions that work now; the others stay disabled until their features are built.
     const struct
@@ -150,18 +155,22 @@ void CCmtdChildFrame::createActions()
         {ActZoomVertScale, &CCmtdChildFrame::slot_BtnZoomVertScaleInOut},
         {ActZoomHorzReset, &CCmtdChildFrame::slot_BtnZoomHorzReset},
         {ActZoomVertReset, &CCmtdChildFrame::slot_BtnZoomVertReset},
+        {ActEnvelope, &CCmtdChildFrame::slot_WaveShowEnvelope},
     };
     for (const auto &w : working) {
         m_actions[w.id]->setProperty("works", true);
         connect(m_actions[w.id], &QAction::triggered, this, w.slot);
     }
     m_actions[ActFileSaveAs]->setShortcut(QKeySequence::SaveAs);
+    m_actions[ActEnvelope]->setChecked(QSettings(QStringLiteral("TRWK"), QStringLiteral("VELDRIX"))
+                                           .value(QStringLiteral("envelopeDrawing"))
+                                           .toBool());
 }
 
 void CCmtdChildFrame::retranslate()
 {
     for (int i = 0; i < ActionCount; ++i)
-        m_actions[i]->setText(tr(kActions[i].text));
+        m_actions[i]->setText(MenuText(tr(kActions[i].text)));
     paneTabs->setTabText(0, tr("Wave"));
     paneTabs->setTabText(1, tr("Config"));
     if (unitSelector->count() > 0)
@@ -221,7 +230,7 @@ void CCmtdChildFrame::buildMenus(QMenuBar *bar, const FileMenuAnchors &anchors)
                {ActChnPick, ActChnReSort, ActChnShowAll, ActChnHideS0, ActShowT0},
                {ActT0cSet, ActT0cShow, ActT0cDel},
                {ActSaveStatus, ActLoadStatus},
-               {ActGrpOver}});
+               {ActGrpOver, ActEnvelope}});
     addGroups(bar->addMenu(tr("Tools(&S)")),
               {{ActToolClip, ActToolMark, ActToolChnGrp}, {ActToolExp}, {ActToolLineTst}});
     QMenu *analysis = bar->addMenu(tr("Multi-Channels Analysis(&A)"));
@@ -243,22 +252,22 @@ void CCmtdChildFrame::updateActions()
         action->setEnabled(action->property("works").toBool() && (data || i == ActFileSaveAs));
     }
     m_actions[ActFileSave]->setEnabled(false); // the extension file's writer comes with its reader
-    m_actions[ActValPri]->setChecked(displayFlags & 0x100000);
-    m_actions[ActValHm1]->setChecked(displayFlags & 0x200000);
-    m_actions[ActValRms]->setChecked(displayFlags & 0x400000);
-    m_actions[ActValAng]->setChecked(displayFlags & 0x800000);
-    m_actions[ActChnHideS0]->setChecked(displayFlags & 0x40000);
-    m_actions[ActShowT0]->setChecked(displayFlags & 0x10000);
-    m_actions[ActT0cShow]->setChecked(displayFlags & 0x20000);
-    m_actions[ActNameAhead]->setChecked(displayFlags & 0x2000000);
-    m_actions[ActDotMode]->setChecked(displayFlags & 0x1);
-    m_actions[ActZoomVertExtend]->setChecked(displayFlags & 0x2);
-    m_actions[ActZoomHorzFree]->setChecked(zoomMode == ZoomHorzFree);
+    m_actions[ActValPri]->setChecked(m_document.displayFlags.testFlag(CCmtdDocument::ValuePrimary));
+    m_actions[ActValHm1]->setChecked(m_document.displayFlags.testFlag(CCmtdDocument::ValueFundamental));
+    m_actions[ActValRms]->setChecked(m_document.displayFlags.testFlag(CCmtdDocument::ValueTrueRms));
+    m_actions[ActValAng]->setChecked(m_document.displayFlags.testFlag(CCmtdDocument::ValueAngle));
+    m_actions[ActChnHideS0]->setChecked(m_document.displayFlags.testFlag(CCmtdDocument::HideStatus0));
+    m_actions[ActShowT0]->setChecked(m_document.displayFlags.testFlag(CCmtdDocument::ShowT0Cursor));
+    m_actions[ActT0cShow]->setChecked(m_document.displayFlags.testFlag(CCmtdDocument::ShowT0cCursor));
+    m_actions[ActNameAhead]->setChecked(m_document.displayFlags.testFlag(CCmtdDocument::NameAhead));
+    m_actions[ActDotMode]->setChecked(m_document.displayFlags.testFlag(CCmtdDocument::ShowDots));
+    m_actions[ActZoomVertExtend]->setChecked(m_document.displayFlags.testFlag(CCmtdDocument::ShowVertExtend));
+    m_actions[ActZoomHorzFree]->setChecked(m_document.zoomMode == ZoomHorzFree);
     m_actions[ActToolClip]->setChecked(m_waveView->clipMode());
     const bool customT0 = m_file.customT0 >= 0 && m_file.customT0 < m_file.loadedPoints;
     m_actions[ActT0cShow]->setEnabled(data && customT0);
     m_actions[ActT0cDel]->setEnabled(data && customT0);
-    m_actions[ActZoomVertScale]->setChecked(zoomMode == ZoomVertDrag);
+    m_actions[ActZoomVertScale]->setChecked(m_document.zoomMode == ZoomVertDrag);
     const int form = m_anaContainer->currentFormNumber();
     const Action formActions[] = {ActAnaVec,     ActAnaSeq,    ActAnaHm,       ActAnaRX,
                                   ActAnaBusDiff, ActAnaStaEvn, ActCoordinateXY};
@@ -269,47 +278,47 @@ void CCmtdChildFrame::updateActions()
                                          !(backgroundState() & StateClosing));
 }
 
-void CCmtdChildFrame::toggleFlag(uint32_t flag)
+void CCmtdChildFrame::toggleFlag(CCmtdDocument::DisplayFlag flag)
 {
-    displayFlags ^= flag;
+    m_document.displayFlags ^= flag;
     updateActions();
-    Q_EMIT displayChanged();
+    Q_EMIT m_document.displayChanged();
 }
 
 void CCmtdChildFrame::slot_WaveShowValPri()
 {
-    toggleFlag(0x100000);
+    toggleFlag(CCmtdDocument::ValuePrimary);
 }
 
 void CCmtdChildFrame::slot_WaveShowValRms()
 {
     // The true and the fundamental's effective value exclude each other.
-    if (!(displayFlags & 0x400000))
-        displayFlags &= ~0x200000u;
-    toggleFlag(0x400000);
+    if (!(m_document.displayFlags.testFlag(CCmtdDocument::ValueTrueRms)))
+        m_document.displayFlags.setFlag(CCmtdDocument::ValueFundamental, false);
+    toggleFlag(CCmtdDocument::ValueTrueRms);
 }
 
 void CCmtdChildFrame::slot_WaveShowValHm1()
 {
-    if (!(displayFlags & 0x200000))
-        displayFlags &= ~0x400000u;
-    toggleFlag(0x200000);
+    if (!(m_document.displayFlags.testFlag(CCmtdDocument::ValueFundamental)))
+        m_document.displayFlags.setFlag(CCmtdDocument::ValueTrueRms, false);
+    toggleFlag(CCmtdDocument::ValueFundamental);
 }
 
 void CCmtdChildFrame::slot_WaveShowValAng()
 {
-    toggleFlag(0x800000);
+    toggleFlag(CCmtdDocument::ValueAngle);
 }
 
 void CCmtdChildFrame::slot_BtnShowNameAhead()
 {
-    toggleFlag(0x2000000);
+    toggleFlag(CCmtdDocument::NameAhead);
 }
 
-void CCmtdChildFrame::setMapFlag(uint32_t frameFlag, uint32_t mapFlag, bool analogOnly)
+void CCmtdChildFrame::setMapFlag(CCmtdDocument::DisplayFlag frameFlag, uint32_t mapFlag, bool analogOnly)
 {
     // Each store takes the inverse of the frame's old bit, then the bit flips.
-    const bool on = !(displayFlags & frameFlag);
+    const bool on = !m_document.displayFlags.testFlag(frameFlag);
     for (const auto &map : m_file.analogMaps)
         map->flags = on ? (map->flags | mapFlag) : (map->flags & ~mapFlag);
     if (!analogOnly) {
@@ -321,18 +330,18 @@ void CCmtdChildFrame::setMapFlag(uint32_t frameFlag, uint32_t mapFlag, bool anal
 
 void CCmtdChildFrame::slot_BtnShowDot()
 {
-    setMapFlag(0x1, CChnMapBase::FlagDots, false);
+    setMapFlag(CCmtdDocument::ShowDots, CChnMapBase::FlagDots, false);
 }
 
 void CCmtdChildFrame::slot_BtnZoomVertExtend()
 {
-    setMapFlag(0x2, CChnMapBase::FlagVertExtend, true);
+    setMapFlag(CCmtdDocument::ShowVertExtend, CChnMapBase::FlagVertExtend, true);
 }
 
 void CCmtdChildFrame::slot_BtnShowColor()
 {
     colorScheme = static_cast<int16_t>((colorScheme + 1) % 3);
-    Q_EMIT displayChanged();
+    Q_EMIT m_document.displayChanged();
 }
 
 void CCmtdChildFrame::slot_WaveShowChnShowAll()
@@ -341,23 +350,23 @@ void CCmtdChildFrame::slot_WaveShowChnShowAll()
         map->flags &= ~static_cast<uint32_t>(CChnMapBase::FlagHidden);
     for (const auto &map : m_file.statusMaps)
         map->flags &= ~static_cast<uint32_t>(CChnMapBase::FlagHidden);
-    displayFlags &= ~0x40000u;
+    m_document.displayFlags.setFlag(CCmtdDocument::HideStatus0, false);
     updateActions();
-    Q_EMIT displayChanged();
+    Q_EMIT m_document.displayChanged();
 }
 
 void CCmtdChildFrame::slot_WaveShowChnHideS0()
 {
     slot_PaneTabViewSwitch(0);
-    const bool hide = !(displayFlags & 0x40000);
+    const bool hide = !(m_document.displayFlags.testFlag(CCmtdDocument::HideStatus0));
     for (const auto &map : m_file.statusMaps) {
         if (map->flags & CChnMapBase::FlagShifts)
             continue;
         map->flags = hide ? (map->flags | CChnMapBase::FlagHidden) : (map->flags & ~CChnMapBase::FlagHidden);
     }
-    displayFlags ^= 0x40000;
+    m_document.displayFlags ^= CCmtdDocument::HideStatus0;
     updateActions();
-    Q_EMIT displayChanged();
+    Q_EMIT m_document.displayChanged();
 }
 
 void CCmtdChildFrame::slot_WaveShowGrpOver()
@@ -369,8 +378,8 @@ void CCmtdChildFrame::slot_WaveShowGrpOver()
 void CCmtdChildFrame::slot_WaveShowT0()
 {
     slot_PaneTabViewSwitch(0);
-    toggleFlag(0x10000);
-    if (displayFlags & 0x10000)
+    toggleFlag(CCmtdDocument::ShowT0Cursor);
+    if (m_document.displayFlags.testFlag(CCmtdDocument::ShowT0Cursor))
         m_waveView->showPoint(m_file.triggerIndex);
 }
 
@@ -378,9 +387,9 @@ void CCmtdChildFrame::slot_WaveShowT0cSet()
 {
     slot_PaneTabViewSwitch(0);
     m_file.customT0 = m_waveView->cursorT1;
-    displayFlags |= 0x20000;
+    m_document.displayFlags.setFlag(CCmtdDocument::ShowT0cCursor);
     setModified(true);
-    Q_EMIT displayChanged();
+    Q_EMIT m_document.displayChanged();
 }
 
 void CCmtdChildFrame::slot_WaveShowT0cShow()
@@ -388,17 +397,17 @@ void CCmtdChildFrame::slot_WaveShowT0cShow()
     if (m_file.customT0 < 0 || m_file.customT0 >= m_file.loadedPoints)
         return;
     slot_PaneTabViewSwitch(0);
-    toggleFlag(0x20000);
-    if (displayFlags & 0x20000)
+    toggleFlag(CCmtdDocument::ShowT0cCursor);
+    if (m_document.displayFlags.testFlag(CCmtdDocument::ShowT0cCursor))
         m_waveView->showPoint(m_file.customT0);
 }
 
 void CCmtdChildFrame::slot_WaveShowT0cDel()
 {
     m_file.customT0 = -1;
-    displayFlags &= ~0x20000u;
+    m_document.displayFlags.setFlag(CCmtdDocument::ShowT0cCursor, false);
     setModified(true);
-    Q_EMIT displayChanged();
+    Q_EMIT m_document.displayChanged();
 }
 
 void CCmtdChildFrame::slot_ToolManClip()
@@ -420,7 +429,7 @@ void CCmtdChildFrame::slot_BtnZoomHorzScaleIn()
 
 void CCmtdChildFrame::slot_BtnZoomHorzFreeIn()
 {
-    setZoomMode(zoomMode == ZoomHorzFree ? ZoomNone : ZoomHorzFree);
+    setZoomMode(m_document.zoomMode == ZoomHorzFree ? ZoomNone : ZoomHorzFree);
 }
 
 void CCmtdChildFrame::slot_BtnZoomHorzCompressAll()
@@ -435,7 +444,7 @@ void CCmtdChildFrame::slot_BtnZoomHorzExtendRange()
 
 void CCmtdChildFrame::slot_BtnZoomVertScaleInOut()
 {
-    setZoomMode(zoomMode == ZoomVertDrag ? ZoomNone : ZoomVertDrag);
+    setZoomMode(m_document.zoomMode == ZoomVertDrag ? ZoomNone : ZoomVertDrag);
 }
 
 void CCmtdChildFrame::slot_BtnZoomHorzReset()
@@ -448,6 +457,15 @@ void CCmtdChildFrame::slot_BtnZoomVertReset()
     for (const auto &map : m_file.analogMaps)
         map->vScale = 1.0f;
     m_waveView->layoutRows(true);
+}
+
+void CCmtdChildFrame::slot_WaveShowEnvelope()
+{
+    // A preference of the engineer rather than of the recording: kept with the recent files.
+    const bool on = m_actions[ActEnvelope]->isChecked();
+    QSettings(QStringLiteral("TRWK"), QStringLiteral("VELDRIX"))
+        .setValue(QStringLiteral("envelopeDrawing"), on);
+    m_waveView->setEnvelopeMode(on);
 }
 
 void CCmtdChildFrame::slot_WaveShowChnPick()

@@ -3,7 +3,7 @@
 #include "chnmap.h"
 #include "chntext.h"
 #include "cmtd99file.h"
-#include "cmtdchildframe.h"
+#include "cmtddocument.h"
 #include "cmtdtext.h"
 #include "cmtdviewanawave.h"
 #include "phasor.h"
@@ -71,8 +71,8 @@ int channelKey(const CChnMapBase *channel)
 
 } // namespace
 
-CCmtdViewAnaName::CCmtdViewAnaName(CCmtdChildFrame *frame, CCmtdViewAnaWave *wave, QWidget *parent)
-    : CScrollViewBase(parent), m_pFrame(frame), m_wave(wave)
+CCmtdViewAnaName::CCmtdViewAnaName(CCmtdDocument *document, CCmtdViewAnaWave *wave, QWidget *parent)
+    : CScrollViewBase(parent), m_doc(document), m_wave(wave)
 {
     m_nMarginT = wave->m_nMarginT;
     setMouseMode(ModePlain);
@@ -131,9 +131,9 @@ void CCmtdViewAnaName::rebuildValues()
     m_values.clear();
     // While the worker reads the file, the segments may still change under us; the values come
     // when the load has ended.
-    if (m_pFrame->backgroundState() & CCmtdChildFrame::StateLoading)
+    if (m_doc->backgroundState() & CCmtdDocument::StateLoading)
         return;
-    const CCmtd99File &file = m_pFrame->recording();
+    const CCmtd99File &file = m_doc->recording();
     for (const auto &map : file.analogMaps) {
         m_values.insert(map.get(), qMakePair(ChnCursorValueAt(file, *map, m_wave->cursorT1),
                                              ChnCursorValueAt(file, *map, m_wave->cursorT2)));
@@ -149,16 +149,16 @@ QPair<ChnCursorValue, ChnCursorValue> CCmtdViewAnaName::channelValueAtCursor(CCh
 
 QString CCmtdViewAnaName::lineText(const CChnMapBase *channel)
 {
-    const uint32_t flags = m_pFrame->displayFlags;
+    const uint32_t flags = m_doc->displayFlags.toInt();
     if (channel->chnType == CChnMapBase::TypeStatus) {
-        return m_pFrame->recording().Text(StatusRowText(*static_cast<const CChnMapStatus *>(channel),
-                                                        m_wave->cursorT1, m_wave->cursorT2, flags));
+        return m_doc->recording().Text(StatusRowText(*static_cast<const CChnMapStatus *>(channel),
+                                                     m_wave->cursorT1, m_wave->cursorT2, flags));
     }
     const auto *analog = static_cast<const CChnMapAnalog *>(channel);
-    if (!m_values.contains(channel) && !(m_pFrame->backgroundState() & CCmtdChildFrame::StateLoading))
+    if (!m_values.contains(channel) && !(m_doc->backgroundState() & CCmtdDocument::StateLoading))
         rebuildValues();
     const auto values = m_values.value(channel);
-    return m_pFrame->recording().Text(
+    return m_doc->recording().Text(
         RowText(*analog, values.first, m_wave->cursorT1, values.second, m_wave->cursorT2, flags));
 }
 
@@ -196,7 +196,7 @@ bool CCmtdViewAnaName::hitTest(int y, RowHit &hit) const
 
 QString CCmtdViewAnaName::readout(const char *label, int cursor, int other, bool first) const
 {
-    const CCmtd99File &file = m_pFrame->recording();
+    const CCmtd99File &file = m_doc->recording();
     if (file.loadedPoints < 1 || !file.sampleTimes)
         return QString();
     RateSegment segment;
@@ -224,9 +224,9 @@ QString CCmtdViewAnaName::readout(const char *label, int cursor, int other, bool
 void CCmtdViewAnaName::drawContents(QPainter &painter, const QRect &rect)
 {
     painter.fillRect(rect, QColor::fromRgba(colour(1)));
-    const CCmtd99File &file = m_pFrame->recording();
+    const CCmtd99File &file = m_doc->recording();
     if (file.analogMaps.empty() || m_wave->pointCount() < 5 ||
-        (m_pFrame->backgroundState() & CCmtdChildFrame::StateLoading))
+        (m_doc->backgroundState() & CCmtdDocument::StateLoading))
         return;
     const int top = m_wave->m_nMarginT + 3;
     const int line = lineHeight();

@@ -6,7 +6,7 @@
 #include <QHash>
 #include <QPair>
 
-class CCmtdChildFrame;
+class CCmtdDocument;
 class CCmtdViewAnaWave;
 class CChnMapBase;
 struct CWaveRow;
@@ -59,7 +59,7 @@ public:
         MenuEntryCount
     };
 
-    CCmtdViewAnaName(CCmtdChildFrame *frame, CCmtdViewAnaWave *wave, QWidget *parent = nullptr);
+    CCmtdViewAnaName(CCmtdDocument *document, CCmtdViewAnaWave *wave, QWidget *parent = nullptr);
 
     // The values of a channel at T1 and T2 from the cache, rebuilt when the channel is missing.
     QPair<ChnCursorValue, ChnCursorValue> channelValueAtCursor(CChnMapBase *channel);
@@ -91,7 +91,7 @@ private:
     void takeOut(CChnMapBase *channel);
     QString readout(const char *label, int cursor, int other, bool first) const;
 
-    CCmtdChildFrame *m_pFrame;
+    CCmtdDocument *m_doc;
     CCmtdViewAnaWave *m_wave;
     RowHit m_hit;
     RowHit m_picked;

@@ -2,7 +2,7 @@
 
 #include "chnmap.h"
 #include "cmtd99file.h"
-#include "cmtdchildframe.h"
+#include "cmtddocument.h"
 #include "globaloptions.h"
 #include "polylineraster.h"
 
@@ -65,8 +65,8 @@ int niceSpacing(int least)
 
 } // namespace
 
-CCmtdViewAnaWave::CCmtdViewAnaWave(CCmtdChildFrame *owner, QWidget *parent)
-    : CScrollViewBase(parent), frame(owner)
+CCmtdViewAnaWave::CCmtdViewAnaWave(CCmtdDocument *owner, QWidget *parent)
+    : CScrollViewBase(parent), document(owner)
 {
     m_nMarginL = 4;
     m_nMarginR = 4;
@@ -133,7 +133,7 @@ void CCmtdViewAnaWave::resizeEvent(QResizeEvent *event)
 void CCmtdViewAnaWave::buildRows(bool repaint)
 {
     rows.clear();
-    const CCmtd99File &file = frame->recording();
+    const CCmtd99File &file = document->recording();
     std::vector<CChnMapBase *> order;
     const bool statusFirst = globalOptions.stateMask & CGlobalOptions::StatusChnAhead;
     if (statusFirst) {
@@ -270,7 +270,7 @@ void CCmtdViewAnaWave::showPoint(int index)
 void CCmtdViewAnaWave::setCursorT1(int sample)
 {
     cursorT1 = m_points > 0 ? qBound(0, sample, m_points - 1) : 0;
-    frame->updateCursorTexts();
+    document->cursorsMoved();
     Q_EMIT cursorsChanged();
     update();
 }
@@ -278,7 +278,7 @@ void CCmtdViewAnaWave::setCursorT1(int sample)
 void CCmtdViewAnaWave::setCursorT2(int sample)
 {
     cursorT2 = m_points > 0 ? qBound(0, sample, m_points - 1) : 0;
-    frame->updateCursorTexts();
+    document->cursorsMoved();
     Q_EMIT cursorsChanged();
     update();
 }
@@ -312,7 +312,7 @@ int CCmtdViewAnaWave::sampleUnderPointer(QMouseEvent *event) const
 void CCmtdViewAnaWave::onLeftPress(QMouseEvent *event)
 {
     setFocus();
-    if (frame->zoomMode == CCmtdChildFrame::ZoomVertDrag) {
+    if (document->zoomMode == CCmtdDocument::ZoomVertDrag) {
         const int index = hitRow(toDoc(event->position().toPoint()).y());
         if (index < 0)
             return;
@@ -328,11 +328,11 @@ void CCmtdViewAnaWave::onLeftPress(QMouseEvent *event)
 
 void CCmtdViewAnaWave::onRightPress(QMouseEvent *event)
 {
-    if (frame->zoomMode == CCmtdChildFrame::ZoomHorzFree) {
-        frame->setZoomMode(CCmtdChildFrame::ZoomNone);
+    if (document->zoomMode == CCmtdDocument::ZoomHorzFree) {
+        document->requestZoomMode(CCmtdDocument::ZoomNone);
         return;
     }
-    if (frame->zoomMode == CCmtdChildFrame::ZoomVertDrag) {
+    if (document->zoomMode == CCmtdDocument::ZoomVertDrag) {
         const int index = hitRow(toDoc(event->position().toPoint()).y());
         if (index < 0)
             return;
@@ -351,25 +351,25 @@ void CCmtdViewAnaWave::onRightPress(QMouseEvent *event)
 void CCmtdViewAnaWave::onMouseMove(QMouseEvent *event)
 {
     const Qt::MouseButtons buttons = event->buttons();
-    if (frame->zoomMode == CCmtdChildFrame::ZoomVertDrag)
+    if (document->zoomMode == CCmtdDocument::ZoomVertDrag)
         return;
     if (buttons & Qt::LeftButton) {
-        if (frame->zoomMode == CCmtdChildFrame::ZoomHorzFree)
+        if (document->zoomMode == CCmtdDocument::ZoomHorzFree)
             setCursorT2(sampleUnderPointer(event));
         else
             setCursorT1(sampleUnderPointer(event));
-    } else if ((buttons & Qt::RightButton) && frame->zoomMode == CCmtdChildFrame::ZoomNone) {
+    } else if ((buttons & Qt::RightButton) && document->zoomMode == CCmtdDocument::ZoomNone) {
         setCursorT2(sampleUnderPointer(event));
     }
 }
 
 void CCmtdViewAnaWave::onLeftRelease(QMouseEvent *event)
 {
-    if (frame->zoomMode != CCmtdChildFrame::ZoomHorzFree)
+    if (document->zoomMode != CCmtdDocument::ZoomHorzFree)
         return;
     setCursorT2(sampleUnderPointer(event));
     zoomRange(-1, -1);
-    frame->setZoomMode(CCmtdChildFrame::ZoomNone);
+    document->requestZoomMode(CCmtdDocument::ZoomNone);
 }
 
 void CCmtdViewAnaWave::cursorMovedByKey(int sample)
@@ -394,10 +394,8 @@ bool CCmtdViewAnaWave::onKeyPress(QKeyEvent *event)
         cursorMovedByKey(shift ? cursorT2 : cursorT1);
         return true;
     };
-    auto trigger = [this](CCmtdChildFrame::Action id) {
-        QAction *action = frame->action(id);
-        if (action->isEnabled())
-            action->trigger();
+    auto trigger = [this](CCmtdDocument::Action id) {
+        document->trigger(id);
         return true;
     };
     switch (event->key()) {
@@ -410,27 +408,27 @@ bool CCmtdViewAnaWave::onKeyPress(QKeyEvent *event)
     case Qt::Key_End:
         return moveCursor(last);
     case Qt::Key_F2:
-        return trigger(CCmtdChildFrame::ActZoomHorzCompress);
+        return trigger(CCmtdDocument::ActZoomHorzCompress);
     case Qt::Key_F3:
-        return trigger(CCmtdChildFrame::ActZoomHorzExtend);
+        return trigger(CCmtdDocument::ActZoomHorzExtend);
     case Qt::Key_F4:
-        return trigger(CCmtdChildFrame::ActZoomHorzFree);
+        return trigger(CCmtdDocument::ActZoomHorzFree);
     case Qt::Key_F5:
-        return trigger(CCmtdChildFrame::ActZoomHorzReset);
+        return trigger(CCmtdDocument::ActZoomHorzReset);
     case Qt::Key_F6:
-        return trigger(CCmtdChildFrame::ActZoomVertScale);
+        return trigger(CCmtdDocument::ActZoomVertScale);
     case Qt::Key_F7:
-        return trigger(CCmtdChildFrame::ActZoomVertReset);
+        return trigger(CCmtdDocument::ActZoomVertReset);
     case Qt::Key_F8:
-        return trigger(CCmtdChildFrame::ActZoomVertExtend);
+        return trigger(CCmtdDocument::ActZoomVertExtend);
     case Qt::Key_F9:
-        return trigger(CCmtdChildFrame::ActDotMode);
+        return trigger(CCmtdDocument::ActDotMode);
     case Qt::Key_F10:
-        return trigger(CCmtdChildFrame::ActValPri);
+        return trigger(CCmtdDocument::ActValPri);
     case Qt::Key_F11:
-        return trigger(CCmtdChildFrame::ActValRms);
+        return trigger(CCmtdDocument::ActValRms);
     case Qt::Key_F12:
-        return trigger(CCmtdChildFrame::ActValHm1);
+        return trigger(CCmtdDocument::ActValHm1);
     case Qt::Key_Plus:
     case Qt::Key_Equal:
         setZoomFactor(2.0f);
@@ -439,24 +437,24 @@ bool CCmtdViewAnaWave::onKeyPress(QKeyEvent *event)
         setZoomFactor(0.5f);
         return true;
     case Qt::Key_A:
-        return trigger(CCmtdChildFrame::ActValAng);
+        return trigger(CCmtdDocument::ActValAng);
     case Qt::Key_Q:
-        return trigger(CCmtdChildFrame::ActAnaSeq);
+        return trigger(CCmtdDocument::ActAnaSeq);
     case Qt::Key_H:
-        return trigger(CCmtdChildFrame::ActAnaHm);
+        return trigger(CCmtdDocument::ActAnaHm);
     case Qt::Key_S:
-        return trigger(CCmtdChildFrame::ActAnaStaEvn);
+        return trigger(CCmtdDocument::ActAnaStaEvn);
     case Qt::Key_T:
-        return trigger(CCmtdChildFrame::ActT0cSet);
+        return trigger(CCmtdDocument::ActT0cSet);
     case Qt::Key_D:
         if (event->modifiers() & Qt::ControlModifier)
-            return trigger(CCmtdChildFrame::ActT0cDel);
+            return trigger(CCmtdDocument::ActT0cDel);
         return false;
     case Qt::Key_Escape:
-        frame->setZoomMode(CCmtdChildFrame::ZoomNone);
+        document->requestZoomMode(CCmtdDocument::ZoomNone);
         if (clipMode()) {
             setClipMode(false);
-            frame->updateActions();
+            document->actionsChanged();
         }
         return true;
     default:
@@ -464,11 +462,17 @@ bool CCmtdViewAnaWave::onKeyPress(QKeyEvent *event)
     }
 }
 
+void CCmtdViewAnaWave::setEnvelopeMode(bool on)
+{
+    m_envelope = on;
+    update();
+}
+
 void CCmtdViewAnaWave::onClipArea()
 {
     const QRect area = QRect(m_ptLeftDown, m_ptMouse).normalized();
     setClipMode(false);
-    frame->updateActions();
+    document->actionsChanged();
     if (area.width() < 2 || area.height() < 2)
         return;
     const QPixmap picture = renderArea(area);
@@ -491,9 +495,9 @@ double CCmtdViewAnaWave::scaleValue(const CChnMapAnalog &map) const
     } else {
         bool grouped = false;
         // The worker builds the groups at the end of a load; until then they are not read.
-        const bool loading = frame->backgroundState() & CCmtdChildFrame::StateLoading;
+        const bool loading = document->backgroundState() & CCmtdDocument::StateLoading;
         if (!loading) {
-            for (const ScaleGroup &group : frame->recording().scaleGroups) {
+            for (const ScaleGroup &group : document->recording().scaleGroups) {
                 if (group.chnClass == map.chnClass && group.unit.prefix == map.unit.prefix &&
                     qstricmp(group.unit.text, map.unit.text) == 0) {
                     v = group.peak;
@@ -564,7 +568,7 @@ void CCmtdViewAnaWave::drawStatus(const CChnMapBase &base, int centerY)
 
 void CCmtdViewAnaWave::drawContents(QPainter &painter, const QRect &rect)
 {
-    const CCmtd99File &file = frame->recording();
+    const CCmtd99File &file = document->recording();
     if (m_points < 5 || !file.sampleTimes || rect.isEmpty()) {
         painter.fillRect(rect, QColor::fromRgba(colour(1)));
         return;
@@ -608,7 +612,7 @@ void CCmtdViewAnaWave::drawContents(QPainter &painter, const QRect &rect)
 
 void CCmtdViewAnaWave::drawMarks(QPainter &painter, const QRect &rect)
 {
-    const CCmtd99File &file = frame->recording();
+    const CCmtd99File &file = document->recording();
     const int top = qMax(rect.top(), scrollY() + m_nMarginT);
     const int bottom = rect.bottom();
     auto vertical = [&](int sample, uint32_t argb, Qt::PenStyle style) {
@@ -618,16 +622,16 @@ void CCmtdViewAnaWave::drawMarks(QPainter &painter, const QRect &rect)
         painter.setPen(QPen(QColor::fromRgba(argb), 1, style));
         painter.drawLine(x, top, x, bottom);
     };
-    if (frame->zoomMode == CCmtdChildFrame::ZoomHorzFree) {
+    if (document->zoomMode == CCmtdDocument::ZoomHorzFree) {
         const int a = pixelOfSample(qMin(cursorT1, cursorT2));
         const int b = pixelOfSample(qMax(cursorT1, cursorT2));
         QColor shade = QColor::fromRgba(colour(8));
         shade.setAlpha(40);
         painter.fillRect(QRect(QPoint(a, top), QPoint(b, bottom)), shade);
     }
-    if (frame->displayFlags & 0x10000)
+    if (document->displayFlags.testFlag(CCmtdDocument::ShowT0Cursor))
         vertical(file.triggerIndex, colour(8), Qt::DashLine);
-    if ((frame->displayFlags & 0x20000) && file.customT0 >= 0) {
+    if (document->displayFlags.testFlag(CCmtdDocument::ShowT0cCursor) && file.customT0 >= 0) {
         vertical(file.customT0, colour(9), Qt::DashDotLine);
         painter.drawText(pixelOfSample(file.customT0) + 3, top + fontMetrics().ascent() + 2,
                          QStringLiteral("T0'"));
@@ -666,7 +670,7 @@ int CCmtdViewAnaWave::labelSpacing(int labelWidth, float scale)
 
 void CCmtdViewAnaWave::drawAxis(QPainter &painter, const QRect &rect)
 {
-    const CCmtd99File &file = frame->recording();
+    const CCmtd99File &file = document->recording();
     const QFontMetrics metrics = fontMetrics();
     const int top = scrollY();
     const QRect band(rect.left(), top, rect.width(), m_nMarginT);

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <vector>
 
-class CCmtdChildFrame;
+class CCmtdDocument;
 class CChnMapBase;
 class CChnMapAnalog;
 
@@ -25,7 +25,7 @@ struct CWaveRow
 // The waves of all visible channels of a recording on a common time axis, with the two
 // measuring cursors T1 and T2 and the trip marks T0 and T0'. It owns the rows and the
 // horizontal scale; the name column beside it shares its rows and vertical position. It reads
-// the samples through its frame's recording, up to the extent that a running load announced.
+// the samples through its document's recording, up to the extent that a running load announced.
 class CCmtdViewAnaWave : public CScrollViewBase
 {
     Q_OBJECT
@@ -33,7 +33,7 @@ class CCmtdViewAnaWave : public CScrollViewBase
 public:
     static constexpr int kStatusRowHeight = 20;
 
-    explicit CCmtdViewAnaWave(CCmtdChildFrame *frame, QWidget *parent = nullptr);
+    explicit CCmtdViewAnaWave(CCmtdDocument *document, QWidget *parent = nullptr);
 
     void buildRows(bool repaint);
     void layoutRows(bool repaint);
@@ -49,6 +49,10 @@ public:
     // Clip mode: a dragged rectangle goes to the clipboard.
     void setClipMode(bool on);
     bool clipMode() const { return mode == 2; }
+    // Each pixel column drawn as the line from the least to the largest sample under it, so
+    // that a compressed 50 Hz wave shows its true envelope instead of an alias.
+    void setEnvelopeMode(bool on);
+    bool envelopeMode() const { return m_envelope; }
     // The ".wvs" file of how the recording is being viewed; a file of another recording (other
     // point or channel counts) is refused whole and changes nothing.
     bool saveStatus(const char *path) const;
@@ -73,7 +77,7 @@ public:
     bool onKeyPress(QKeyEvent *event) override;
     void onClipArea() override;
 
-    CCmtdChildFrame *frame;
+    CCmtdDocument *document;
     std::vector<CWaveRow> rows;
     int firstPoint = 0;
     int lastPoint = 0;
@@ -103,6 +107,7 @@ private:
     int rowTop() const { return m_nMarginT + 3; }
 
     int m_points = 0;
+    bool m_envelope = false;
     bool m_fitOnExtent = true;
     std::vector<QPoint> m_line; // reused between paints: nothing per sample is allocated
     QImage m_canvas;            // the exposed part, in which the waves are drawn as pixels

@@ -4,7 +4,7 @@
 
 #include "chnmap.h"
 #include "cmtd99file.h"
-#include "cmtdchildframe.h"
+#include "cmtddocument.h"
 #include "cmtdviewanawave.h"
 #include "diskfile.h"
 #include "linereader.h"
@@ -26,10 +26,14 @@ struct FlagName
 };
 
 const FlagName kFrameFlags[] = {
-    {"Dot", 0x1},        {"Ext", 0x2},        {"T0Cur", 0x10000},       {"T0cCur", 0x20000},
-    {"HideS0", 0x40000}, {"Pri", 0x100000},   {"Hm1", 0x200000},        {"Rms", 0x400000},
-    {"Ang", 0x800000},   {"Freq", 0x1000000}, {"NameAhead", 0x2000000}, {"NameNoIdx", 0x4000000}};
-const FlagName kChannelFlags[] = {{"Dot", 0x1}, {"Ext", 0x2}, {"Hide", 0x8}};
+    {"Dot", CCmtdDocument::ShowDots},         {"Ext", CCmtdDocument::ShowVertExtend},
+    {"T0Cur", CCmtdDocument::ShowT0Cursor},   {"T0cCur", CCmtdDocument::ShowT0cCursor},
+    {"HideS0", CCmtdDocument::HideStatus0},   {"Pri", CCmtdDocument::ValuePrimary},
+    {"Hm1", CCmtdDocument::ValueFundamental}, {"Rms", CCmtdDocument::ValueTrueRms},
+    {"Ang", CCmtdDocument::ValueAngle},       {"Freq", CCmtdDocument::ValueFrequency},
+    {"NameAhead", CCmtdDocument::NameAhead},  {"NameNoIdx", CCmtdDocument::NameWithoutIndex}};
+const FlagName kChannelFlags[] = {
+    {"Dot", CChnMapBase::FlagDots}, {"Ext", CChnMapBase::FlagVertExtend}, {"Hide", CChnMapBase::FlagHidden}};
 
 template <size_t N> uint32_t readFlags(char *value, const FlagName (&table)[N])
 {
@@ -76,7 +80,7 @@ bool CCmtdViewAnaWave::saveStatus(const char *path) const
     CDiskFile file;
     if (!file.Open(path, "w"))
         return false;
-    const CCmtd99File &recording = frame->recording();
+    const CCmtd99File &recording = document->recording();
     file.Printf("%s", kSeparator);
     file.Printf("[Public]\n");
     file.Printf("  PointNum=%d\n", recording.loadedPoints);
@@ -89,7 +93,7 @@ bool CCmtdViewAnaWave::saveStatus(const char *path) const
     file.Printf("  curT2=%d\n", cursorT2);
     file.Printf("  drawFlags=");
     for (const FlagName &flag : kFrameFlags) {
-        if (frame->displayFlags & flag.bit)
+        if (document->displayFlags.testAnyFlags(CCmtdDocument::DisplayFlags::fromInt(flag.bit)))
             file.Printf("%s,", flag.name);
     }
     file.Printf("\n  unitSel=\n");
@@ -129,12 +133,12 @@ bool CCmtdViewAnaWave::loadStatus(const char *path)
     CDiskFile file;
     if (!file.Open(path, "r"))
         return false;
-    const CCmtd99File &recording = frame->recording();
+    const CCmtd99File &recording = document->recording();
     // The whole file is read first: a status of another recording changes nothing at all.
     int points = -1, analogs = -1, statuses = -1;
     float scale = -1.0f;
     int hPos = 0, vPos = 0, t1 = cursorT1, t2 = cursorT2;
-    uint32_t drawFlags = frame->displayFlags;
+    uint32_t drawFlags = document->displayFlags.toInt();
     std::vector<ChannelEntry> channels;
     std::vector<AxisEntry> axes;
     ChannelEntry channel;
@@ -253,15 +257,15 @@ bool CCmtdViewAnaWave::loadStatus(const char *path)
             rows.push_back(row);
         }
     }
-    frame->displayFlags = drawFlags;
+    document->displayFlags = CCmtdDocument::DisplayFlags::fromInt(drawFlags);
     layoutRows(false);
     if (scale > 0.0f)
         setHorzScale(scale);
     cursorT1 = qBound(0, t1, qMax(0, m_points - 1));
     cursorT2 = qBound(0, t2, qMax(0, m_points - 1));
     setScroll(hPos, vPos);
-    frame->updateActions();
-    frame->updateCursorTexts();
+    document->actionsChanged();
+    document->cursorsMoved();
     Q_EMIT cursorsChanged();
     update();
     return true;

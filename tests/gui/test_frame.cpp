@@ -128,16 +128,19 @@ private Q_SLOTS:
         QTemporaryDir dir;
         CCmtdChildFrame *frame = open(writeRecording(dir, "modes", 300, 1, 0));
         QVERIFY(frame && waitIdle(frame));
-        QCOMPARE(frame->displayFlags & 0x600000u, 0x200000u);
+        using D = CCmtdDocument;
+        const D::DisplayFlags &flags = frame->document()->displayFlags;
+        const D::DisplayFlags values = D::ValueFundamental | D::ValueTrueRms;
+        QCOMPARE(flags & values, D::ValueFundamental);
         frame->action(CCmtdChildFrame::ActValRms)->trigger();
-        QCOMPARE(frame->displayFlags & 0x600000u, 0x400000u);
+        QCOMPARE(flags & values, D::ValueTrueRms);
         QVERIFY(!frame->action(CCmtdChildFrame::ActValHm1)->isChecked());
         frame->action(CCmtdChildFrame::ActValHm1)->trigger();
-        QCOMPARE(frame->displayFlags & 0x600000u, 0x200000u);
+        QCOMPARE(flags & values, D::ValueFundamental);
         QVERIFY(!frame->action(CCmtdChildFrame::ActValRms)->isChecked());
         frame->action(CCmtdChildFrame::ActValAng)->trigger();
-        QVERIFY(frame->displayFlags & 0x800000u);
-        QVERIFY(frame->displayFlags & 0x200000u);
+        QVERIFY(flags.testFlag(D::ValueAngle));
+        QVERIFY(flags.testFlag(D::ValueFundamental));
     }
 
     void cancelKeepsWhatWasRead()
@@ -149,7 +152,7 @@ private Q_SLOTS:
         QVERIFY(frame);
         // Cancel at the first progress of the load.
         QMetaObject::Connection once;
-        once = connect(frame, &CCmtdChildFrame::extentChanged, frame, [&](int points) {
+        once = connect(frame->document(), &CCmtdDocument::extentChanged, frame, [&](int points) {
             if (points > 0) {
                 frame->action(CCmtdChildFrame::ActServerStop)->trigger();
                 disconnect(once);

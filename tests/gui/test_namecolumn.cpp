@@ -176,7 +176,7 @@ private Q_SLOTS:
         QCOMPARE(file.analogMaps[1]->colour, 0xff123456u);
         QCOMPARE(file.analogMaps[2]->vScale, 2.5f);
         QVERIFY(file.statusMaps[0]->flags & CChnMapBase::FlagDots);
-        QVERIFY(m_frame->displayFlags & 0x800000);
+        QVERIFY(m_frame->document()->displayFlags.testFlag(CCmtdDocument::ValueAngle));
         QCOMPARE(int(wave->rows.size()), 2);
         QCOMPARE(wave->rows[0].channels.size(), 3);
     }

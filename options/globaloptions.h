@@ -109,10 +109,3 @@ extern CGlobalOptions globalOptions;
 void setProgramPath(const char *executablePath);
 const QByteArray &programDirectory();
 const QByteArray &programBaseName();
-
-// The one plain warning box of the program: printf-style text, no title, button Ok.
-void reportWarning(const char *format, ...)
-#if defined(__GNUC__)
-    __attribute__((format(printf, 1, 2)))
-#endif
-    ;

@@ -1,4 +1,4 @@
-#include "globaloptions.h"
+#include "reportwarning.h"
 
 #include <QMessageBox>
 #include <QString>
