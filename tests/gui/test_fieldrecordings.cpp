@@ -27,6 +27,8 @@ private Q_SLOTS:
         isolateSettings();
     }
 
+    void init() { failOnQtWarnings(); }
+
     void everyRecordingOpensAndPaints()
     {
         const QString folder = QStringLiteral(VELDRIX_SAMPLES_DIR);

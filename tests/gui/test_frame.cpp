@@ -2,6 +2,7 @@
 // action states that follow the recording, and the time texts of the read-outs.
 
 #include "cmtdchildcontainer.h"
+#include "cmtdchildcontainercfg.h"
 #include "cmtdchildframe.h"
 #include "mainframe.h"
 #include "recordingwriter.h"
@@ -41,7 +42,11 @@ private Q_SLOTS:
         isolateSettings();
     }
 
-    void init() { m_main = showMainFrame(1200, 800); }
+    void init()
+    {
+        failOnQtWarnings();
+        m_main = showMainFrame(1200, 800);
+    }
 
     void cleanup() { closeMainFrame(m_main); }
 
@@ -63,6 +68,33 @@ private Q_SLOTS:
         QCOMPARE(TimeText(-20000), QByteArray("-0:00.02"));
         QCOMPARE(TimeText(0), QByteArray("0:00.0"));
         QCOMPARE(TimeText(3723456700), QByteArray("62:03.4567"));
+    }
+
+    void everyActionShowsItsIconAndItsWords()
+    {
+        QTemporaryDir dir;
+        CCmtdChildFrame *frame = open(writeRecording(dir, "icons", 300, 1, 0));
+        QVERIFY(frame && waitIdle(frame));
+        for (int i = 0; i < CCmtdChildFrame::ActionCount; ++i) {
+            const QAction *action = frame->action(CCmtdChildFrame::Action(i));
+            QVERIFY2(!action->icon().pixmap(16, 16).isNull(), qPrintable(action->text()));
+        }
+        // A literal "&" is doubled for Qt; the access key in parentheses stays single.
+        QCOMPARE(frame->action(CCmtdChildFrame::ActToolMark)->text(),
+                 QStringLiteral("Add && Manage Marks(&M)"));
+        QCOMPARE(frame->action(CCmtdChildFrame::ActPTGDiff)->text(),
+                 QStringLiteral("Complete Longitudinal Diff-cur. of G&&T(&T)"));
+        QCOMPARE(frame->action(CCmtdChildFrame::ActValPri)->text(), QStringLiteral("Primary Value(&P)"));
+    }
+
+    void encodingPickerReadsTheNamesAgain()
+    {
+        QTemporaryDir dir;
+        CCmtdChildFrame *frame = open(writeRecording(dir, "codec", 300, 1, 0));
+        QVERIFY(frame && waitIdle(frame));
+        Q_EMIT frame->cfgContainer()->codecChosen(QByteArray("windows-1251"));
+        QCOMPARE(frame->recording().codecName, QByteArray("windows-1251"));
+        QCOMPARE(frame->recording().codecOverride, QByteArray("windows-1251"));
     }
 
     void jobSlotDropsASecondRequest()

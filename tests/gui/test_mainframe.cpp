@@ -48,7 +48,11 @@ private Q_SLOTS:
         QSettings(QStringLiteral("TRWK"), QStringLiteral("VELDRIX")).clear();
     }
 
-    void init() { m_main = showMainFrame(1000, 700); }
+    void init()
+    {
+        failOnQtWarnings();
+        m_main = showMainFrame(1000, 700);
+    }
 
     void cleanup() { closeMainFrame(m_main); }
 

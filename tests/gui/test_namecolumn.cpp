@@ -27,6 +27,7 @@ private Q_SLOTS:
 
     void init()
     {
+        failOnQtWarnings();
         m_main = showMainFrame(1200, 800);
         m_frame = openDocument(m_main, writeSineRecording(m_dir, "sine", 1000));
         QVERIFY(m_frame && waitIdle(m_frame));

@@ -25,7 +25,11 @@ private Q_SLOTS:
         isolateSettings();
     }
 
-    void init() { m_main = showMainFrame(1000, 700); }
+    void init()
+    {
+        failOnQtWarnings();
+        m_main = showMainFrame(1000, 700);
+    }
 
     void cleanup() { closeMainFrame(m_main); }
 
