@@ -331,10 +331,25 @@ void CMainFrame::slot_About()
 
 void CMainFrame::closeEvent(QCloseEvent *event)
 {
+    // The documents with unsaved work are asked first: if one of them stays (its owner
+    // cancelled, or its save failed), nothing else is closed either.
+    const QList<QMdiSubWindow *> windows = mdiArea->subWindowList();
+    for (QMdiSubWindow *window : windows) {
+        auto *child = qobject_cast<CMdiChildFrame *>(window->widget());
+        if (child && child->isModified() && !window->close()) {
+            event->ignore();
+            return;
+        }
+    }
     mdiArea->closeAllSubWindows();
-    if (!mdiArea->subWindowList().isEmpty()) {
-        event->ignore();
-        return;
+    // A closed window leaves the list only when it is deleted, a moment later: what counts
+    // is whether one is still shown.
+    const QList<QMdiSubWindow *> remaining = mdiArea->subWindowList();
+    for (QMdiSubWindow *window : remaining) {
+        if (window->isVisible()) {
+            event->ignore();
+            return;
+        }
     }
     event->accept();
 }

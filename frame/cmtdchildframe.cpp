@@ -6,6 +6,7 @@
 #include "cmtdviewananame.h"
 #include "cmtdviewanawave.h"
 #include "globaloptions.h"
+#include "menutext.h"
 #include "reportwarning.h"
 #include "timetext.h"
 
@@ -398,10 +399,11 @@ bool CCmtdChildFrame::saveAs(const QString &path)
 
 void CCmtdChildFrame::slot_FileSaveAs()
 {
-    const QString path =
+    const QString chosen =
         QFileDialog::getSaveFileName(this, QString(), m_fileName, tr("COMTRADE File(*.cfg)"));
-    if (path.isEmpty())
+    if (chosen.isEmpty())
         return;
+    const QString path = PathWithExtension(chosen, {"cfg", "cff"});
     if (!saveAs(path))
         reportWarning("%s", tr("Failed to write %1").arg(path).toLocal8Bit().constData());
 }

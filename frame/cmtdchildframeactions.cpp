@@ -519,9 +519,9 @@ void CCmtdChildFrame::slot_WaveShowSaveStatus()
 {
     slot_PaneTabViewSwitch(0);
     const QString start = QFileInfo(m_fileName).path();
-    const QString path =
-        QFileDialog::getSaveFileName(this, QString(), start, tr("Wave View Status File(*.wvs)"));
-    if (path.isEmpty())
+    const QString path = PathWithExtension(
+        QFileDialog::getSaveFileName(this, QString(), start, tr("Wave View Status File(*.wvs)")), {"wvs"});
+    if (path == QLatin1String(".wvs"))
         return;
     if (!m_waveView->saveStatus(path.toLocal8Bit().constData()))
         reportWarning("%s", tr("Failed to write %1").arg(path).toLocal8Bit().constData());

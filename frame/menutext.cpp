@@ -12,3 +12,12 @@ QString MenuText(const QString &text)
     }
     return shown;
 }
+
+QString PathWithExtension(const QString &path, std::initializer_list<const char *> accepted)
+{
+    for (const char *extension : accepted) {
+        if (path.endsWith(QLatin1Char('.') + QLatin1String(extension), Qt::CaseInsensitive))
+            return path;
+    }
+    return path + QLatin1Char('.') + QLatin1String(*accepted.begin());
+}

@@ -5,6 +5,9 @@
 #include "cmtdchildframe.h"
 #include "mainframe.h"
 
+#include <QAbstractButton>
+#include <QApplication>
+#include <QMessageBox>
 #include <QRegularExpression>
 #include <QSettings>
 #include <QString>
@@ -90,6 +93,17 @@ inline void failOnQtWarnings()
 {
     QTest::failOnWarning(
         QRegularExpression(QStringLiteral("^(?!This plugin does not support (propagateSizeHints|raise)).*")));
+}
+
+// Presses a button of the message box that is up (for questions a test must answer).
+inline void answerMessageBox(QMessageBox::StandardButton button)
+{
+    for (QWidget *widget : QApplication::topLevelWidgets()) {
+        if (auto *box = qobject_cast<QMessageBox *>(widget); box && box->isVisible()) {
+            box->button(button)->click();
+            return;
+        }
+    }
 }
 
 // Keeps the recent-file list of the tests away from the user's own settings.

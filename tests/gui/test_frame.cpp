@@ -5,6 +5,7 @@
 #include "cmtdchildcontainercfg.h"
 #include "cmtdchildframe.h"
 #include "mainframe.h"
+#include "menutext.h"
 #include "recordingwriter.h"
 #include "timetext.h"
 
@@ -85,6 +86,18 @@ private Q_SLOTS:
         QCOMPARE(frame->action(CCmtdChildFrame::ActPTGDiff)->text(),
                  QStringLiteral("Complete Longitudinal Diff-cur. of G&&T(&T)"));
         QCOMPARE(frame->action(CCmtdChildFrame::ActValPri)->text(), QStringLiteral("Primary Value(&P)"));
+    }
+
+    void savedNamesGetTheirExtension()
+    {
+        QCOMPARE(PathWithExtension(QStringLiteral("/t/fault2"), {"cfg", "cff"}),
+                 QStringLiteral("/t/fault2.cfg"));
+        QCOMPARE(PathWithExtension(QStringLiteral("/t/FAULT2.CFG"), {"cfg", "cff"}),
+                 QStringLiteral("/t/FAULT2.CFG"));
+        QCOMPARE(PathWithExtension(QStringLiteral("/t/one.cff"), {"cfg", "cff"}),
+                 QStringLiteral("/t/one.cff"));
+        QCOMPARE(PathWithExtension(QStringLiteral("/t/v1.2"), {"wvs"}), QStringLiteral("/t/v1.2.wvs"));
+        QCOMPARE(MenuText(QStringLiteral("&Open")), QStringLiteral("&&Open"));
     }
 
     void encodingPickerReadsTheNamesAgain()

@@ -5,6 +5,9 @@
 #include "mainframe.h"
 #include "recordingwriter.h"
 
+#include <QMessageBox>
+#include <QTimer>
+
 #include <QSettings>
 #include <QStandardPaths>
 #include <QTabBar>
@@ -75,6 +78,23 @@ private Q_SLOTS:
         QCOMPARE(m_main->children().size(), 2);
         QVERIFY(m_main->tabsBar()->isVisible());
         QCOMPARE(m_main->childTabs()->count(), 2);
+    }
+
+    void quitClosesOnceEveryDocumentAgreed()
+    {
+        QTemporaryDir dir;
+        CCmtdChildFrame *a = openDocument(m_main, writeRecording(dir, "a", 300, 1, 0));
+        CCmtdChildFrame *b = openDocument(m_main, writeRecording(dir, "b", 300, 1, 0));
+        QVERIFY(a && b && waitIdle(a) && waitIdle(b));
+        // A modified document whose owner cancels keeps the program, and every other document,
+        // open: nothing is closed before all have agreed.
+        a->setModified(true);
+        QTimer::singleShot(0, this, [] { answerMessageBox(QMessageBox::Cancel); });
+        QVERIFY(!m_main->close());
+        QCOMPARE(m_main->children().size(), 2);
+        // Without a modified document the program ends at once.
+        a->setModified(false);
+        QVERIFY(m_main->close());
     }
 
     void ninthRecentFilePushesOutTheOldest()
