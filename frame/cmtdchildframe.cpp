@@ -229,6 +229,7 @@ void CCmtdChildFrame::finishJob()
 {
     if (backgroundState() & StateLoading) {
         const int points = m_file.loadedPoints;
+        m_document.extendEnvelopes(points);
         if (m_waveView->rows.empty())
             m_waveView->buildRows(false);
         m_waveView->setDrawnExtent(points, false);

@@ -28,6 +28,12 @@ int CmtdReport(void *owner, int code, int a, int b)
     case 8:
         post(frame, 9, a, b);
         return CmtdReportStep(a, b);
+    case 10:
+        // The samples up to here are final: sum them for the envelope drawing while they are
+        // still in the cache.
+        frame->document()->extendEnvelopes(b);
+        post(frame, code, a, b);
+        return 0;
     default:
         post(frame, code, a, b);
         return 0;

@@ -1,6 +1,10 @@
 #include "cmtddocument.h"
 
+#include "cmtd99file.h"
+
 #include <QAction>
+
+#include <algorithm>
 
 CCmtdDocument::CCmtdDocument(CCmtd99File &file, QObject *parent) : QObject(parent), m_file(file) {}
 
@@ -19,4 +23,19 @@ bool CCmtdDocument::trigger(Action id) const
         return false;
     entry->trigger();
     return true;
+}
+
+void CCmtdDocument::extendEnvelopes(int loaded)
+{
+    const auto &maps = m_file.analogMaps;
+    if (m_envelopeCount != maps.size()) {
+        m_envelopes.reset(new CSampleEnvelope[maps.size()]);
+        m_envelopeCount = maps.size();
+        for (size_t i = 0; i < maps.size(); ++i)
+            m_envelopes[i].Reserve(maps[i]->sampleCount);
+    }
+    for (size_t i = 0; i < maps.size(); ++i) {
+        if (const float *values = maps[i]->Values())
+            m_envelopes[i].Extend(values, std::min(loaded, int(maps[i]->sampleCount)));
+    }
 }

@@ -1,12 +1,14 @@
 #pragma once
 
 #include "chntext.h"
+#include "envelope.h"
 
 #include <QFlags>
 #include <QObject>
 
 #include <atomic>
 #include <cstdint>
+#include <memory>
 
 class CCmtd99File;
 class QAction;
@@ -144,6 +146,16 @@ public:
     bool isCancelled() const { return backgroundState() & StateCancel; }
     void setBackgroundBit(BackgroundBit bit, bool on);
 
+    // Sums the least and largest values of the analog channels up to `loaded` samples: called
+    // by the worker as a load advances, and once more by the frame at its end.
+    void extendEnvelopes(int loaded);
+    // The summary of an analog store (by its place in the recording); to be read only while
+    // no load runs. Null when none was made.
+    const CSampleEnvelope *envelope(size_t analogIndex) const
+    {
+        return analogIndex < m_envelopeCount ? &m_envelopes[analogIndex] : nullptr;
+    }
+
     // The frame's actions, so that the views' keys trigger the same commands as the menus.
     QAction *action(Action id) const { return m_actions[id]; }
     void setAction(Action id, QAction *action) { m_actions[id] = action; }
@@ -169,6 +181,8 @@ private:
     CCmtd99File &m_file;
     std::atomic<uint32_t> m_backgroundState{0};
     QAction *m_actions[ActionCount] = {};
+    std::unique_ptr<CSampleEnvelope[]> m_envelopes;
+    size_t m_envelopeCount = 0;
 };
 
 Q_DECLARE_OPERATORS_FOR_FLAGS(CCmtdDocument::DisplayFlags)

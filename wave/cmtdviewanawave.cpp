@@ -3,7 +3,9 @@
 #include "chnmap.h"
 #include "cmtd99file.h"
 #include "cmtddocument.h"
+#include "envelope.h"
 #include "globaloptions.h"
+#include "phasor.h"
 #include "polylineraster.h"
 
 #include <QApplication>
@@ -18,6 +20,10 @@
 #include <cmath>
 
 namespace {
+
+// The widest document in pixels: scroll bars and painter coordinates are ints, and pixels of
+// the cursors and labels must stay representable beside it.
+constexpr double kMaxDocWidth = 2000000000.0;
 
 int roundHalfAway(double value)
 {
@@ -51,6 +57,14 @@ QString axisLabel(int64_t us)
 }
 
 // A label spacing of 1, 2 or 5 times a power of ten samples, no narrower than `least`.
+// The document point that the painter puts at its device's origin. Marks and labels are drawn
+// at the identity transform from it, in device pixels.
+QPoint documentOrigin(const QPainter &painter)
+{
+    const QPointF shift = painter.transform().map(QPointF(0.0, 0.0));
+    return QPoint(-int(std::lround(shift.x())), -int(std::lround(shift.y())));
+}
+
 int niceSpacing(int least)
 {
     int decade = 1;
@@ -90,7 +104,10 @@ float CCmtdViewAnaWave::fitScale() const
 
 float CCmtdViewAnaWave::maxScale() const
 {
-    return float(availableWidth());
+    // One sample across the view, unless the document would then grow past what a scroll bar
+    // and pixel coordinates can hold: the end of a long recording must stay reachable.
+    const float whole = float(kMaxDocWidth / double(qMax(m_points, 1)));
+    return qMax(fitScale(), qMin(float(availableWidth()), whole));
 }
 
 int CCmtdViewAnaWave::sampleAtPixel(int x) const
@@ -107,7 +124,7 @@ int CCmtdViewAnaWave::pixelOfSample(int sample) const
 
 void CCmtdViewAnaWave::updateDocWidth()
 {
-    m_nDocW = static_cast<int>(qMin(2000000000.0, std::round(double(m_points) * double(hScale))));
+    m_nDocW = static_cast<int>(qMin(kMaxDocWidth, std::round(double(m_points) * double(hScale))));
     updateSize();
 }
 
@@ -475,7 +492,9 @@ void CCmtdViewAnaWave::onClipArea()
     document->actionsChanged();
     if (area.width() < 2 || area.height() < 2)
         return;
+    m_picture = true;
     const QPixmap picture = renderArea(area);
+    m_picture = false;
     QApplication::clipboard()->setPixmap(picture);
     if (QMessageBox::question(
             this, QString(),
@@ -514,29 +533,98 @@ double CCmtdViewAnaWave::scaleValue(const CChnMapAnalog &map) const
     return v > 0.0 ? v : 9999999.0;
 }
 
-void CCmtdViewAnaWave::drawAnalog(const CChnMapAnalog &map, int centerY)
+int CCmtdViewAnaWave::rowPixel(int centerY, double value, double factor)
 {
-    const float *values = map.Values();
-    if (!values)
-        return;
-    double factor = double(rowHeightBase) / 2.0 * double(map.vScale) / scaleValue(map);
-    if (map.flags & 0x4)
-        factor = -factor; // drawn reversed, as a current measured against the other direction
-    const int last = qMin(lastPoint, map.sampleCount - 1);
-    m_line.clear();
-    QPoint previous(INT_MIN, INT_MIN);
-    for (int i = firstPoint; i <= last; i += stride) {
-        const QPoint p(pixelOfSample(i), centerY - roundHalfAway(double(values[i]) * factor));
-        if (p == previous)
-            continue; // a pixel that repeats the last one is not drawn again
-        m_line.push_back(p);
-        previous = p;
-    }
+    // A value far beyond its row is held a little outside the view; the rasteriser clips it.
+    // This keeps a channel holding 3.4e38 (or a tiny scale) from overflowing the pixel row.
+    const double y = double(centerY) - value * factor;
+    constexpr double kLimit = 1 << 24;
+    return roundHalfAway(y < -kLimit ? -kLimit : y > kLimit ? kLimit : y);
+}
+
+void CCmtdViewAnaWave::flushLine(const CChnMapBase &map)
+{
     const int count = static_cast<int>(m_line.size());
     if (map.flags & CChnMapBase::FlagDots)
         RasterPlusSigns(m_canvas, m_canvasOrigin, m_line.data(), count, map.colour);
     else
         RasterPolyline(m_canvas, m_canvasOrigin, m_line.data(), count, map.colour);
+    m_line.clear();
+}
+
+size_t CCmtdViewAnaWave::analogIndex(const CChnMapBase *map) const
+{
+    const auto &maps = document->recording().analogMaps;
+    for (size_t i = 0; i < maps.size(); ++i) {
+        if (maps[i].get() == map)
+            return i;
+    }
+    return maps.size();
+}
+
+double CCmtdViewAnaWave::rowFactor(const CChnMapAnalog &map) const
+{
+    double factor = double(rowHeightBase) / 2.0 * double(map.vScale) / scaleValue(map);
+    if (map.flags & 0x4)
+        factor = -factor; // drawn reversed, as a current measured against the other direction
+    return factor;
+}
+
+void CCmtdViewAnaWave::drawAnalog(const CChnMapAnalog &map, size_t analogIndex, int centerY)
+{
+    const float *values = map.Values();
+    if (!values)
+        return;
+    const double factor = rowFactor(map);
+    const int last = qMin(lastPoint, map.sampleCount - 1);
+    const CSampleEnvelope *summary = document->isLoading() ? nullptr : document->envelope(analogIndex);
+    if (m_envelope && summary && hScale < 0.5f && !(map.flags & CChnMapBase::FlagDots)) {
+        drawEnvelope(map, *summary, factor, centerY, last);
+        return;
+    }
+    m_line.clear();
+    QPoint previous(INT_MIN, INT_MIN);
+    for (int i = firstPoint; i <= last; i += stride) {
+        const float v = values[i];
+        if (!std::isfinite(v)) {
+            // A missing or non-finite sample is a gap: the line ends here and starts anew.
+            flushLine(map);
+            previous = QPoint(INT_MIN, INT_MIN);
+            continue;
+        }
+        const QPoint p(pixelOfSample(i), rowPixel(centerY, double(v), factor));
+        if (p == previous)
+            continue; // a pixel that repeats the last one is not drawn again
+        m_line.push_back(p);
+        previous = p;
+    }
+    flushLine(map);
+}
+
+void CCmtdViewAnaWave::drawEnvelope(const CChnMapAnalog &map, const CSampleEnvelope &summary, double factor,
+                                    int centerY, int last)
+{
+    // One vertical stroke per pixel column, from the least to the largest sample under it. The
+    // column's range takes in the last sample of the column before, so the strokes join.
+    const float *values = map.Values();
+    const int left = qMax(m_canvasOrigin.x(), pixelOfSample(firstPoint));
+    const int right = qMin(m_canvasOrigin.x() + m_canvas.width() - 1, pixelOfSample(last));
+    // The first sample whose pixel is `left`: samples left of the canvas belong to no column.
+    int from = qMax(firstPoint, int(std::ceil((double(left - m_nMarginL) - 0.5) / double(hScale))));
+    for (int x = left; x <= right && from <= last; ++x) {
+        // The samples whose pixel is x end where the next column's begin.
+        const double edge = (double(x - m_nMarginL) + 0.5) / double(hScale);
+        int to = qMin(last, int(std::ceil(edge)) - 1);
+        if (to < from)
+            continue;
+        float low, high;
+        if (summary.Range(values, qMax(0, from - 1), to, low, high)) {
+            const QPoint stroke[2] = {QPoint(x, rowPixel(centerY, double(low), factor)),
+                                      QPoint(x, rowPixel(centerY, double(high), factor))};
+            RasterPolyline(m_canvas, m_canvasOrigin, stroke, 2, map.colour);
+        }
+        from = to + 1;
+    }
 }
 
 void CCmtdViewAnaWave::drawStatus(const CChnMapBase &base, int centerY)
@@ -600,7 +688,7 @@ void CCmtdViewAnaWave::drawContents(QPainter &painter, const QRect &rect)
             if (map->flags & CChnMapBase::FlagHidden)
                 continue;
             if (map->chnType == CChnMapBase::TypeAnalog)
-                drawAnalog(*static_cast<const CChnMapAnalog *>(map), centerY);
+                drawAnalog(*static_cast<const CChnMapAnalog *>(map), analogIndex(map), centerY);
             else
                 drawStatus(*map, centerY);
         }
@@ -613,18 +701,24 @@ void CCmtdViewAnaWave::drawContents(QPainter &painter, const QRect &rect)
 void CCmtdViewAnaWave::drawMarks(QPainter &painter, const QRect &rect)
 {
     const CCmtd99File &file = document->recording();
-    const int top = qMax(rect.top(), scrollY() + m_nMarginT);
-    const int bottom = rect.bottom();
+    // Drawn in view coordinates, as the time axis is: see there.
+    const QPoint origin = documentOrigin(painter);
+    const int sx = origin.x();
+    const int sy = origin.y();
+    painter.save();
+    painter.resetTransform();
+    const int top = qMax(rect.top(), sy + m_nMarginT) - sy;
+    const int bottom = rect.bottom() - sy;
     auto vertical = [&](int sample, uint32_t argb, Qt::PenStyle style) {
         if (sample < 0 || sample >= m_points)
             return;
-        const int x = pixelOfSample(sample);
+        const int x = pixelOfSample(sample) - sx;
         painter.setPen(QPen(QColor::fromRgba(argb), 1, style));
         painter.drawLine(x, top, x, bottom);
     };
     if (document->zoomMode == CCmtdDocument::ZoomHorzFree) {
-        const int a = pixelOfSample(qMin(cursorT1, cursorT2));
-        const int b = pixelOfSample(qMax(cursorT1, cursorT2));
+        const int a = pixelOfSample(qMin(cursorT1, cursorT2)) - sx;
+        const int b = pixelOfSample(qMax(cursorT1, cursorT2)) - sx;
         QColor shade = QColor::fromRgba(colour(8));
         shade.setAlpha(40);
         painter.fillRect(QRect(QPoint(a, top), QPoint(b, bottom)), shade);
@@ -633,19 +727,24 @@ void CCmtdViewAnaWave::drawMarks(QPainter &painter, const QRect &rect)
         vertical(file.triggerIndex, colour(8), Qt::DashLine);
     if (document->displayFlags.testFlag(CCmtdDocument::ShowT0cCursor) && file.customT0 >= 0) {
         vertical(file.customT0, colour(9), Qt::DashDotLine);
-        painter.drawText(pixelOfSample(file.customT0) + 3, top + fontMetrics().ascent() + 2,
+        painter.drawText(pixelOfSample(file.customT0) - sx + 3, top + fontMetrics().ascent() + 2,
                          QStringLiteral("T0'"));
     }
     vertical(cursorT1, colour(6), Qt::SolidLine);
     vertical(cursorT2, colour(7), Qt::SolidLine);
 
-    // Each status row tells its state at both cursors.
+    // Each status row tells its state at both cursors; not on a picture for the clipboard,
+    // where the labels would cover the traces.
+    if (m_picture) {
+        painter.restore();
+        return;
+    }
     const QFontMetrics metrics = fontMetrics();
     for (const CWaveRow &row : rows) {
         if (row.centerY < 0 || row.channels.isEmpty() ||
             row.channels.first()->chnType != CChnMapBase::TypeStatus)
             continue;
-        const int y = rowTop() + row.centerY;
+        const int y = rowTop() + row.centerY - sy;
         if (y < top || y - metrics.height() > bottom)
             continue;
         const auto *map = static_cast<const CChnMapStatus *>(row.channels.first());
@@ -654,58 +753,96 @@ void CCmtdViewAnaWave::drawMarks(QPainter &painter, const QRect &rect)
                                  .arg(map->Bit(cursorT2) ? QStringLiteral("ON") : QStringLiteral("OFF"), -3);
         // At the right edge of the view, on the row's own background, so the step stays readable.
         const int width = metrics.horizontalAdvance(text);
-        const int x = qMin(rect.right(), scrollX() + this->width() - m_nMarginR) - width - 6;
+        const int x = qMin(rect.right(), scrollX() + this->width() - m_nMarginR) - sx - width - 6;
         painter.fillRect(QRect(x - 3, y - metrics.ascent() / 2 - 1, width + 6, metrics.height()),
                          QColor::fromRgba(colour(1)));
         painter.setPen(QColor::fromRgba(colour(5)));
         painter.drawText(x, y + metrics.ascent() / 2, text);
     }
+    painter.restore();
 }
 
-int CCmtdViewAnaWave::labelSpacing(int labelWidth, float scale)
+int CCmtdViewAnaWave::labelSpacing(int labelWidth, float scale, double periodUs)
 {
-    const int step = qMax(1, int(std::ceil(double(labelWidth) / double(scale))));
-    return niceSpacing(step);
+    // The fewest samples that leave room for one label.
+    const int least = qMax(1, int(std::ceil(double(labelWidth) / double(scale))));
+    if (!(periodUs > 0.0) || !std::isfinite(periodUs))
+        return niceSpacing(least);
+    // The smallest whole number of samples, at least `least`, whose time is 1, 2 or 5 times a
+    // power of ten microseconds, so that labels read 0, 20, 40 ms. A rate whose period fits no
+    // such time (an odd rate) falls back to a round number of samples.
+    const double needed = double(least) * periodUs;
+    for (double decade = 1.0; decade <= 1e13; decade *= 10.0) {
+        for (const double m : {1.0, 2.0, 5.0}) {
+            const double time = m * decade;
+            if (time < needed * (1.0 - 1e-9))
+                continue;
+            const double samples = time / periodUs;
+            // Beyond ten label widths the labels would be too sparse to read: the rate's
+            // period fits no round time.
+            if (samples > 10.0 * double(least))
+                return niceSpacing(least);
+            const double whole = std::round(samples);
+            if (whole >= 1.0 && whole >= double(least) && std::fabs(samples - whole) <= 1e-6 * whole &&
+                whole < 2e9)
+                return int(whole);
+        }
+    }
+    return niceSpacing(least);
 }
 
 void CCmtdViewAnaWave::drawAxis(QPainter &painter, const QRect &rect)
 {
     const CCmtd99File &file = document->recording();
     const QFontMetrics metrics = fontMetrics();
-    const int top = scrollY();
-    const QRect band(rect.left(), top, rect.width(), m_nMarginT);
+    // Text and lines go through the painter in view coordinates: document coordinates of a
+    // long recording zoomed in pass the painter's fixed-point range (about 2^25 pixels).
+    const QPoint origin = documentOrigin(painter);
+    const int sx = origin.x();
+    const int bandTop = scrollY() - origin.y();
+    painter.save();
+    painter.resetTransform();
+    const QRect band(rect.left() - sx, bandTop, rect.width(), m_nMarginT);
     painter.fillRect(band, QColor::fromRgba(colour(3)));
     painter.setPen(QColor::fromRgba(colour(2)));
     painter.drawLine(band.left(), band.bottom(), band.right(), band.bottom());
 
-    const int zero = file.customT0 >= 0 && file.customT0 < m_points ? file.customT0
-                     : file.triggerIndex >= 0                       ? file.triggerIndex
-                                                                    : 0;
+    // Stamps count from the trigger; the engineer's own zero T0' moves the origin. A load
+    // cancelled before the trigger leaves the trigger beyond the samples: times still count
+    // from it.
+    const bool customZero = file.customT0 >= 0 && file.customT0 < m_points;
+    const int zero = customZero ? file.customT0 : qBound(0, file.triggerIndex, qMax(0, m_points - 1));
+    const int64_t zeroTime = customZero ? file.sampleTimes[zero] : 0;
     const int labelWidth = metrics.horizontalAdvance(QStringLiteral("_smmm.uuu_"));
-    const int spacing = labelSpacing(labelWidth, hScale);
     const int from = sampleAtPixel(rect.left() - m_nMarginL);
     const int to = sampleAtPixel(rect.right() - m_nMarginL);
+    RateSegment segment;
+    const double period =
+        FindRateSegment(file, from, segment) && segment.rate > 0.0f ? 1e6 / double(segment.rate) : 0.0;
+    const int spacing = labelSpacing(labelWidth, hScale, period);
     // Labels stand on samples whose distance from the zero is a multiple of the spacing.
-    int first = zero + ((from - zero) / spacing) * spacing;
+    int64_t first = zero + (int64_t(from - zero) / spacing) * spacing;
     if (first > from)
         first -= spacing;
-    painter.setPen(QColor::fromRgba(colour(5)));
     const QString unit = globalOptions.statusTimeFormat == 1 ? tr("[m:s]: ") : tr("[ms]: ");
-    const int unitRight = scrollX() + m_nMarginL + metrics.horizontalAdvance(unit);
-    for (int i = first; i <= to; i += spacing) {
+    const int unitLeft = scrollX() - sx + m_nMarginL;
+    const int unitRight = unitLeft + metrics.horizontalAdvance(unit);
+    for (int64_t i = first; i <= to; i += spacing) {
         if (i < 0 || i >= m_points)
             continue;
-        const int x = pixelOfSample(i);
+        const int x = pixelOfSample(int(i)) - sx;
         if (x - labelWidth / 2 < unitRight)
             continue;
         painter.setPen(QColor::fromRgba(colour(2)));
         painter.drawLine(x, band.bottom() - 4, x, band.bottom());
         painter.setPen(QColor::fromRgba(colour(5)));
-        const QString text = axisLabel(file.sampleTimes[i] - file.sampleTimes[zero]);
+        const QString text = axisLabel(file.sampleTimes[i] - zeroTime);
         painter.drawText(x - metrics.horizontalAdvance(text) / 2, band.bottom() - metrics.descent() - 4,
                          text);
     }
-    painter.fillRect(QRect(scrollX(), top, unitRight - scrollX() + 2, m_nMarginT - 1),
+    painter.fillRect(QRect(scrollX() - sx, bandTop, unitRight - (scrollX() - sx) + 2, m_nMarginT - 1),
                      QColor::fromRgba(colour(3)));
-    painter.drawText(scrollX() + m_nMarginL, band.bottom() - metrics.descent() - 4, unit);
+    painter.setPen(QColor::fromRgba(colour(5)));
+    painter.drawText(unitLeft, band.bottom() - metrics.descent() - 4, unit);
+    painter.restore();
 }

@@ -11,6 +11,7 @@
 class CCmtdDocument;
 class CChnMapBase;
 class CChnMapAnalog;
+class CSampleEnvelope;
 
 // One row of the wave view: the channels drawn in it (one, or up to three after a group
 // overlap), its sort key and where it stands.
@@ -66,8 +67,11 @@ public:
     int pointCount() const { return m_points; }
     int hitRow(int y) const;
     // Samples between two labels of the time axis: room for a label of `labelWidth` pixels,
-    // rounded up to 1, 2 or 5 times a power of ten.
-    static int labelSpacing(int labelWidth, float scale);
+    // and a time of 1, 2 or 5 times a power of ten at a sample period of `periodUs`.
+    static int labelSpacing(int labelWidth, float scale, double periodUs);
+    // The pixel row of a value in a row centred at `centerY`, held within ±2^24 pixels so that
+    // no value, however large, overflows the drawing.
+    static int rowPixel(int centerY, double value, double factor);
 
     void drawContents(QPainter &painter, const QRect &rect) override;
     void onLeftPress(QMouseEvent *event) override;
@@ -98,7 +102,12 @@ protected:
 private:
     void updateDocWidth();
     double scaleValue(const CChnMapAnalog &map) const;
-    void drawAnalog(const CChnMapAnalog &map, int centerY);
+    void drawAnalog(const CChnMapAnalog &map, size_t analogIndex, int centerY);
+    void drawEnvelope(const CChnMapAnalog &map, const CSampleEnvelope &summary, double factor, int centerY,
+                      int last);
+    void flushLine(const CChnMapBase &map);
+    double rowFactor(const CChnMapAnalog &map) const;
+    size_t analogIndex(const CChnMapBase *map) const;
     void drawStatus(const CChnMapBase &map, int centerY);
     void drawAxis(QPainter &painter, const QRect &rect);
     void drawMarks(QPainter &painter, const QRect &rect);
@@ -108,6 +117,7 @@ private:
 
     int m_points = 0;
     bool m_envelope = false;
+    bool m_picture = false; // drawing a picture for the clipboard, not the screen
     bool m_fitOnExtent = true;
     std::vector<QPoint> m_line; // reused between paints: nothing per sample is allocated
     QImage m_canvas;            // the exposed part, in which the waves are drawn as pixels

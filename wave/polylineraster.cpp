@@ -2,6 +2,8 @@
 
 #include <QImage>
 
+#include <cmath>
+#include <cstdint>
 #include <cstdlib>
 
 namespace {
@@ -12,20 +14,67 @@ inline void plot(uint32_t *bits, int stride, int width, int height, int x, int y
         bits[size_t(y) * size_t(stride) + size_t(x)] = colour;
 }
 
-// Bresenham's line, both ends included.
-void line(uint32_t *bits, int stride, int width, int height, int x0, int y0, int x1, int y1, uint32_t colour)
+// Cuts the segment (x0,y0)-(x1,y1) to the rectangle 0..w-1 × 0..h-1 (Liang-Barsky in double,
+// so that ends anywhere in the 64-bit plane are fine). False when nothing of it is inside.
+bool clipSegment(int64_t &x0, int64_t &y0, int64_t &x1, int64_t &y1, int width, int height)
+{
+    const double dx = double(x1 - x0);
+    const double dy = double(y1 - y0);
+    double t0 = 0.0, t1 = 1.0;
+    const double p[4] = {-dx, dx, -dy, dy};
+    const double q[4] = {double(x0), double(width - 1) - double(x0), double(y0),
+                         double(height - 1) - double(y0)};
+    for (int i = 0; i < 4; ++i) {
+        if (p[i] == 0.0) {
+            if (q[i] < 0.0)
+                return false;
+            continue;
+        }
+        const double t = q[i] / p[i];
+        if (p[i] < 0.0) {
+            if (t > t1)
+                return false;
+            if (t > t0)
+                t0 = t;
+        } else {
+            if (t < t0)
+                return false;
+            if (t < t1)
+                t1 = t;
+        }
+    }
+    const double ox = double(x0), oy = double(y0);
+    if (t1 < 1.0) {
+        x1 = int64_t(std::llround(ox + t1 * dx));
+        y1 = int64_t(std::llround(oy + t1 * dy));
+    }
+    if (t0 > 0.0) {
+        x0 = int64_t(std::llround(ox + t0 * dx));
+        y0 = int64_t(std::llround(oy + t0 * dy));
+    }
+    return true;
+}
+
+// Bresenham's line, both ends included. The ends may lie anywhere: the part outside the image
+// is cut off first, so the work is bounded by the image, not by the segment's length.
+void line(uint32_t *bits, int stride, int width, int height, int64_t ax, int64_t ay, int64_t bx, int64_t by,
+          uint32_t colour)
 {
     // A stroke wholly outside the image touches nothing.
-    if ((x0 < 0 && x1 < 0) || (y0 < 0 && y1 < 0) || (x0 >= width && x1 >= width) ||
-        (y0 >= height && y1 >= height))
+    if ((ax < 0 && bx < 0) || (ay < 0 && by < 0) || (ax >= width && bx >= width) ||
+        (ay >= height && by >= height))
         return;
+    const bool inside =
+        ax >= 0 && bx >= 0 && ay >= 0 && by >= 0 && ax < width && bx < width && ay < height && by < height;
+    if (!inside && !clipSegment(ax, ay, bx, by, width, height))
+        return;
+    int x0 = int(ax), y0 = int(ay);
+    const int x1 = int(bx), y1 = int(by);
     if (x0 == x1) {
-        int top = y0 < y1 ? y0 : y1;
-        int bottom = y0 < y1 ? y1 : y0;
+        const int top = qBound(0, y0 < y1 ? y0 : y1, height - 1);
+        const int bottom = qBound(0, y0 < y1 ? y1 : y0, height - 1);
         if (unsigned(x0) >= unsigned(width))
             return;
-        top = top < 0 ? 0 : top;
-        bottom = bottom >= height ? height - 1 : bottom;
         uint32_t *p = bits + size_t(top) * size_t(stride) + size_t(x0);
         for (int y = top; y <= bottom; ++y, p += stride)
             *p = colour;
@@ -62,10 +111,12 @@ void RasterPolyline(QImage &image, QPoint origin, const QPoint *points, int coun
     const int stride = static_cast<int>(image.bytesPerLine() / 4);
     const int width = image.width();
     const int height = image.height();
-    const int ox = origin.x();
-    const int oy = origin.y();
+    const int64_t ox = origin.x();
+    const int64_t oy = origin.y();
     if (count == 1) {
-        plot(bits, stride, width, height, points[0].x() - ox, points[0].y() - oy, colour);
+        const int64_t x = points[0].x() - ox, y = points[0].y() - oy;
+        if (x >= 0 && y >= 0 && x < width && y < height)
+            plot(bits, stride, width, height, int(x), int(y), colour);
         return;
     }
     for (int i = 1; i < count; ++i) {
@@ -81,8 +132,8 @@ void RasterPlusSigns(QImage &image, QPoint origin, const QPoint *points, int cou
     auto *bits = reinterpret_cast<uint32_t *>(image.bits());
     const int stride = static_cast<int>(image.bytesPerLine() / 4);
     for (int i = 0; i < count; ++i) {
-        const int x = points[i].x() - origin.x();
-        const int y = points[i].y() - origin.y();
+        const int64_t x = points[i].x() - int64_t(origin.x());
+        const int64_t y = points[i].y() - int64_t(origin.y());
         line(bits, stride, image.width(), image.height(), x - 1, y, x + 1, y, colour);
         line(bits, stride, image.width(), image.height(), x, y - 1, x, y + 1, colour);
     }

@@ -2,12 +2,19 @@
 
 // Small recordings that the widget tests write for themselves, and the main frame they open in.
 
+#include "chnmap.h"
+#include "cmtd99file.h"
+#include "cmtdchannel.h"
 #include "cmtdchildframe.h"
+#include "cmtddocument.h"
+#include "cmtdviewanawave.h"
 #include "mainframe.h"
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QImage>
 #include <QMessageBox>
+#include <QPainter>
 #include <QRegularExpression>
 #include <QSettings>
 #include <QString>
@@ -16,6 +23,8 @@
 
 #include <cmath>
 #include <cstdio>
+#include <functional>
+#include <memory>
 
 // Writes an ASCII recording of `points` samples at 1 kHz with `analogs` channels and
 // `statuses` status channels, so that a load takes a while when it needs to.
@@ -136,4 +145,59 @@ inline CCmtdChildFrame *openDocument(CMainFrame *main, const QString &path)
     main->openFile(path);
     const QList<CMdiChildFrame *> children = main->children();
     return children.isEmpty() ? nullptr : qobject_cast<CCmtdChildFrame *>(children.last());
+}
+
+// A recording built in memory, too large to write to disk in a test: one analog channel
+// "U" of `points` samples at `rate`, values from `value(n)`, trigger at sample 0. The
+// frame's wave view is sized to 1000 × 600 pixels and shows the whole extent.
+inline CCmtdChildFrame *openInMemory(CMainFrame *main, int points, float rate,
+                                     const std::function<float(int)> &value)
+{
+    auto *frame = new CCmtdChildFrame(main);
+    CCmtd99File &file = frame->recordingForJob();
+    SampleSegment segment;
+    segment.index = 1;
+    segment.rate = rate;
+    segment.end = points;
+    file.segments.push_back(segment);
+    file.pointCount = file.loadedPoints = points;
+    file.triggerIndex = 0;
+    file.sampleTimes = static_cast<int64_t *>(AllocateSamples(size_t(points), sizeof(int64_t)));
+    const double period = 1e6 / double(rate);
+    for (int n = 0; n < points; ++n)
+        file.sampleTimes[n] = int64_t(std::llround(double(n) * period));
+    auto record = std::make_unique<CmtdChn_Analog>();
+    record->Reset(1);
+    record->ch_id = "U";
+    record->uu = "V";
+    file.analogChannels.push_back(std::move(record));
+    auto map = std::make_unique<CChnMapAnalog>(file.analogChannels.back().get());
+    map->allocate(points);
+    float *v = map->Values();
+    for (int n = 0; n < points; ++n)
+        v[n] = value(n);
+    map->RecalcExtremes();
+    file.analogMaps.push_back(std::move(map));
+    file.BuildScaleGroups();
+    frame->resize(1000, 600);
+    CCmtdViewAnaWave *view = frame->waveView();
+    view->resize(1000, 600);
+    view->m_pArea->resize(1000, 600);
+    view->buildRows(false);
+    view->setDrawnExtent(points, false);
+    frame->document()->extendEnvelopes(points);
+    return frame;
+}
+
+// What the wave view shows of its document from the current scroll position, as a picture
+// of the view's size.
+inline QImage paintView(CCmtdViewAnaWave *view)
+{
+    const QRect rect(view->scrollX(), view->scrollY(), view->width(), view->height());
+    QImage image(rect.size(), QImage::Format_ARGB32);
+    QPainter painter(&image);
+    painter.translate(-rect.topLeft());
+    view->drawContents(painter, rect);
+    painter.end();
+    return image;
 }

@@ -5,14 +5,20 @@
 #include "cmtdchildframe.h"
 #include "cmtdviewanawave.h"
 #include "mainframe.h"
+#include "polylineraster.h"
 #include "recordingwriter.h"
 
+#include <QElapsedTimer>
 #include <QImage>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPainter>
+#include <QScrollBar>
 #include <QStandardPaths>
 #include <QTest>
+
+#include <climits>
+#include <limits>
 
 class WaveViewTest : public QObject
 {
@@ -124,13 +130,173 @@ private Q_SLOTS:
 
     void labelStepOfTheTimeAxis()
     {
-        // One label per 80 pixels: at 1 pixel per sample every 100 samples, at 0.1 every
-        // 1000, at 40 every 2; never below one sample.
-        QCOMPARE(CCmtdViewAnaWave::labelSpacing(80, 1.0f), 100);
-        QCOMPARE(CCmtdViewAnaWave::labelSpacing(80, 0.1f), 1000);
-        QCOMPARE(CCmtdViewAnaWave::labelSpacing(80, 40.0f), 2);
-        QCOMPARE(CCmtdViewAnaWave::labelSpacing(80, 500.0f), 1);
-        QCOMPARE(CCmtdViewAnaWave::labelSpacing(80, 0.3f), 500); // 267 samples round up to 500
+        // Labels fall on times of 1, 2 or 5 times a power of ten, at the fewest whole samples
+        // that leave room for the label. At 1 kHz and 1 pixel per sample, 80 pixels need 80 ms:
+        // 100 ms is the first such time.
+        QCOMPARE(CCmtdViewAnaWave::labelSpacing(80, 1.0f, 1000.0), 100);
+        // 3 pixels per sample: 20 samples of 1 ms fill 60 pixels; 20 ms is round.
+        QCOMPARE(CCmtdViewAnaWave::labelSpacing(60, 3.0f, 1000.0), 20);
+        // 1200 Hz: 60 samples are exactly 50 ms.
+        QCOMPARE(CCmtdViewAnaWave::labelSpacing(60, 1.0f, 1e6 / 1200.0), 60);
+        // 960 Hz: 60 samples are 62.5 ms, not round; 96 samples are 100 ms (50 ms is 48 samples,
+        // too few for the label).
+        QCOMPARE(CCmtdViewAnaWave::labelSpacing(60, 1.0f, 1e6 / 960.0), 96);
+        // A period of 7/3 ms meets no round time in whole samples: a round sample count instead.
+        QCOMPARE(CCmtdViewAnaWave::labelSpacing(60, 6.0f, 1e6 / (3000.0 / 7.0)), 10);
+        // Very wide zoom never goes below one sample.
+        QCOMPARE(CCmtdViewAnaWave::labelSpacing(80, 500.0f, 1000.0), 1);
+    }
+
+    void longRecordingAtTheLargestZoomKeepsItsAxisToTheEnd()
+    {
+        // 10 million samples at 10 kHz: at the largest zoom the document is about 2e9 pixels
+        // wide, far past the painter's fixed-point range. Scrolled to the very end, the axis
+        // still carries its ticks and labels and the last sample is reachable.
+        const int points = 10000000;
+        CCmtdChildFrame *frame = openInMemory(m_main, points, 10000.0f, [](int n) {
+            return float(100.0 * std::sin(2.0 * M_PI * 50.0 * n / 10000.0));
+        });
+        CCmtdViewAnaWave *view = frame->waveView();
+        view->setHorzScale(view->maxScale());
+        QVERIFY(view->hScale > 100.0f); // still far past one pixel per sample
+        QScrollBar *bar = view->m_pArea->horizontalScrollBar();
+        bar->setValue(bar->maximum());
+        const int lastPixel = view->pixelOfSample(points - 1);
+        QVERIFY2(lastPixel >= view->scrollX() && lastPixel < view->scrollX() + view->width(),
+                 qPrintable(QStringLiteral("%1 vs %2").arg(lastPixel).arg(view->scrollX())));
+        const QImage image = paintView(view);
+        const QRgb tick = view->colour(2);
+        const QRgb band = view->colour(3);
+        const int tickRow = view->m_nMarginT - 3;
+        int ticks = 0;
+        int lettered = 0;
+        for (int x = 150; x < image.width(); ++x) {
+            ticks += image.pixel(x, tickRow) == tick;
+            for (int y = 0; y < tickRow - 3; ++y)
+                lettered += image.pixel(x, y) != band;
+        }
+        QVERIFY2(ticks >= 2, qPrintable(QString::number(ticks)));
+        QVERIFY2(lettered > 20, qPrintable(QString::number(lettered)));
+    }
+
+    void nonFiniteSamplesAreGapsAndNeverHang()
+    {
+        // A FLOAT32 recording may hold NaN, infinities and values near the float limit; none
+        // of them may stall the drawing, and NaN and infinity leave a gap in the line.
+        const float inf = std::numeric_limits<float>::infinity();
+        auto value = [inf](int n) -> float {
+            if (n >= 400 && n < 420)
+                return std::numeric_limits<float>::quiet_NaN();
+            if (n == 600)
+                return inf;
+            if (n == 601)
+                return -inf;
+            if (n == 700)
+                return 3.4e38f;
+            if (n == 701)
+                return -3.4e38f;
+            return float(100.0 * std::sin(2.0 * M_PI * n / 100.0));
+        };
+        CCmtdChildFrame *frame = openInMemory(m_main, 1000, 1000.0f, value);
+        CCmtdViewAnaWave *view = frame->waveView();
+        CChnMapAnalog &map = *frame->recordingForJob().analogMaps[0];
+        QElapsedTimer timer;
+        timer.start();
+        // Whatever the extremes say (an engine that lets an infinity in, or clean ones).
+        for (const bool cleanExtremes : {false, true}) {
+            if (cleanExtremes) {
+                map.minValue = -100.0f;
+                map.maxValue = 100.0f;
+                map.absMax = 100.0f;
+                frame->recordingForJob().BuildScaleGroups();
+            }
+            for (const float scale : {-1.0f, 1.0f, 4.0f, view->maxScale()}) {
+                for (const bool envelope : {false, true}) {
+                    view->setEnvelopeMode(envelope);
+                    view->setHorzScale(scale);
+                    view->showPoint(410);
+                    paintView(view);
+                }
+            }
+        }
+        QVERIFY2(timer.elapsed() < 10000, qPrintable(QString::number(timer.elapsed())));
+        // At four pixels per sample, the columns of the NaN run carry no ink of the wave.
+        view->setEnvelopeMode(false);
+        view->setHorzScale(4.0f);
+        view->showPoint(410);
+        const QImage image = paintView(view);
+        const QRgb pen = map.colour;
+        const int rowTop = view->m_nMarginT + 3 + view->rows[0].centerY - view->rowHeightBase / 2;
+        auto inkAt = [&](int sample) {
+            const int x = view->pixelOfSample(sample) - view->scrollX();
+            int ink = 0;
+            for (int y = rowTop; y < rowTop + view->rowHeightBase; ++y)
+                ink += image.pixel(x, y) == pen;
+            return ink;
+        };
+        QVERIFY(inkAt(395) > 0);
+        for (int n = 402; n < 418; ++n)
+            QCOMPARE(inkAt(n), 0);
+    }
+
+    void rasteriserBoundsItsWorkByTheImage()
+    {
+        // A segment from one end of the int range to the other crosses a small image on its
+        // diagonal; walking it point by point would take 2^32 steps.
+        QImage image(100, 100, QImage::Format_ARGB32);
+        image.fill(0xff000000);
+        const QPoint line[2] = {QPoint(INT_MIN, INT_MIN), QPoint(INT_MAX, INT_MAX)};
+        QElapsedTimer timer;
+        timer.start();
+        RasterPolyline(image, QPoint(0, 0), line, 2, 0xffffffff);
+        const QPoint across[2] = {QPoint(INT_MIN, 50), QPoint(INT_MAX, 50)};
+        RasterPolyline(image, QPoint(0, 0), across, 2, 0xffff0000);
+        QVERIFY2(timer.elapsed() < 1000, qPrintable(QString::number(timer.elapsed())));
+        int diagonal = 0;
+        for (int i = 1; i < 99; ++i)
+            diagonal += image.pixel(i, i) == 0xffffffff || image.pixel(i - 1, i) == 0xffffffff;
+        QVERIFY2(diagonal >= 95, qPrintable(QString::number(diagonal)));
+        for (int x = 0; x < 100; ++x) {
+            if (x != 50)
+                QCOMPARE(image.pixel(x, 50), QRgb(0xffff0000));
+        }
+        // Outside the image nothing is touched.
+        QCOMPARE(image.pixel(99, 0), QRgb(0xff000000));
+    }
+
+    void envelopeShowsTheTrueSwingOfACompressedWave()
+    {
+        // 50 Hz at 10 kHz, 900 cycles across about 900 pixels: one cycle per pixel column. Each
+        // column's stroke must span the wave's swing, not a sample that happens to fall there.
+        const int points = 180000;
+        CCmtdChildFrame *frame = openInMemory(m_main, points, 10000.0f, [](int n) {
+            return float(100.0 * std::sin(2.0 * M_PI * 50.0 * n / 10000.0));
+        });
+        CCmtdViewAnaWave *view = frame->waveView();
+        view->setEnvelopeMode(true);
+        view->setHorzScale(-1.0f);
+        const QImage image = paintView(view);
+        const QRgb pen = frame->recording().analogMaps[0]->colour;
+        const int rowTop = view->m_nMarginT + 3 + view->rows[0].centerY - view->rowHeightBase / 2;
+        const int from = view->pixelOfSample(0) + 5;
+        const int to = view->pixelOfSample(points - 1) - 5;
+        std::vector<int> extents;
+        for (int x = from; x < to; ++x) {
+            int top = INT_MAX, bottom = INT_MIN;
+            for (int y = rowTop; y < rowTop + view->rowHeightBase; ++y) {
+                if (image.pixel(x, y) == pen) {
+                    top = qMin(top, y);
+                    bottom = qMax(bottom, y);
+                }
+            }
+            extents.push_back(bottom >= top ? bottom - top : 0);
+        }
+        const int widest = *std::max_element(extents.begin(), extents.end());
+        QVERIFY2(widest >= 20, qPrintable(QString::number(widest)));
+        const auto full =
+            std::count_if(extents.begin(), extents.end(), [widest](int e) { return e >= widest - 2; });
+        QVERIFY2(full >= qsizetype(extents.size() * 95 / 100),
+                 qPrintable(QStringLiteral("%1 of %2").arg(full).arg(extents.size())));
     }
 
     void zoomWindowOfTwentyPixelsDoesNothing()
