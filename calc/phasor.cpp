@@ -91,9 +91,10 @@ ComplexD DftPhasorMethod(int method, const float *x, int count, int harmonic, in
     double c = 0.0;
     if (method == 2 || method == 3) {
         // Each sample pairs with the next at the angle of the right-hand one; the pair that
-        // would close the cycle is left out.
+        // would close the cycle is left out. The pair is summed in double like the rest: in
+        // float it would lose the low bits of one sample against the other.
         for (int i = 0; i + 1 < n; ++i) {
-            const float pair = x[i * step] + x[(i + 1) * step];
+            const double pair = double(x[i * step]) + double(x[(i + 1) * step]);
             s += sine[i + 1] * pair;
             c += cosine[i + 1] * pair;
         }
