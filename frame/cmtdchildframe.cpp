@@ -58,6 +58,8 @@ CCmtdChildFrame::CCmtdChildFrame(QWidget *parent) : CMdiChildFrame(parent), m_th
     connect(&m_document, &CCmtdDocument::cursorsChanged, this, &CCmtdChildFrame::updateCursorTexts);
     connect(&m_document, &CCmtdDocument::actionStatesChanged, this, &CCmtdChildFrame::updateActions);
     connect(&m_document, &CCmtdDocument::zoomModeRequested, this, &CCmtdChildFrame::setZoomMode);
+    // The name column grows with the load, row by row, like the waves.
+    connect(&m_document, &CCmtdDocument::extentChanged, m_nameView, [this] { m_nameView->update(); });
     connect(&m_document, &CCmtdDocument::displayChanged, m_waveView, [this] {
         m_waveView->layoutRows(true);
         m_nameView->update();
@@ -131,6 +133,11 @@ void CCmtdChildFrame::createToolBar()
     m_progressBar->setRange(0, 100);
     m_progressBar->setValue(0);
     m_progressAction = m_toolBar->addWidget(m_progressBar);
+    // The span of the recording stays in view for as long as it is open; passing messages of
+    // the status bar do not cover it.
+    m_spanLabel = new QLabel(this);
+    m_spanLabel->setObjectName(QStringLiteral("spanLabel"));
+    statusBar()->addPermanentWidget(m_spanLabel);
     m_toolBar->addAction(m_actions[ActServerStop]);
 }
 
@@ -270,14 +277,17 @@ void CCmtdChildFrame::showSpan()
     const int points = m_file.loadedPoints;
     if (points < 1 || !m_file.sampleTimes) {
         m_spanText.clear();
+        m_spanLabel->clear();
         statusBar()->showMessage(tr("No samples were loaded"));
         return;
     }
     const int64_t span = m_file.sampleTimes[points - 1] - m_file.sampleTimes[0];
     m_spanText = QStringLiteral("TT[%1](%2Points)").arg(QString::fromLatin1(TimeText(span))).arg(points);
-    QString text = m_spanText;
+    m_spanLabel->setText(m_spanText);
+    QString text;
     for (const SampleSegment &segment : m_file.segments)
-        text += tr(" | %1 Hz to sample %2").arg(double(segment.rate), 0, 'g', 9).arg(segment.end);
+        text += (text.isEmpty() ? QString() : QStringLiteral(" | ")) +
+                tr("%1 Hz to sample %2").arg(double(segment.rate), 0, 'g', 9).arg(segment.end);
     if (isCancelled())
         text += QLatin1String(" | ") + tr("Cancel this processing by user!");
     statusBar()->showMessage(text);

@@ -135,6 +135,7 @@ private:
     QLabel *labelT1 = nullptr;
     QLabel *labelT2 = nullptr;
     QLabel *labelTd = nullptr;
+    QLabel *m_spanLabel = nullptr;
     QProgressBar *m_progressBar = nullptr;
     QAction *m_progressAction = nullptr;
     CCmtdChildContainerAna *m_anaContainer = nullptr;

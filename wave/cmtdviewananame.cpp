@@ -197,7 +197,7 @@ bool CCmtdViewAnaName::hitTest(int y, RowHit &hit) const
 QString CCmtdViewAnaName::readout(const char *label, int cursor, int other, bool first) const
 {
     const CCmtd99File &file = m_doc->recording();
-    if (file.loadedPoints < 1 || !file.sampleTimes)
+    if (m_wave->pointCount() < 1 || !file.sampleTimes)
         return QString();
     RateSegment segment;
     const float rate = FindRateSegment(file, cursor, segment) ? segment.rate : 0.0f;
@@ -225,8 +225,9 @@ void CCmtdViewAnaName::drawContents(QPainter &painter, const QRect &rect)
 {
     painter.fillRect(rect, QColor::fromRgba(colour(1)));
     const CCmtd99File &file = m_doc->recording();
-    if (file.analogMaps.empty() || m_wave->pointCount() < 5 ||
-        (m_doc->backgroundState() & CCmtdDocument::StateLoading))
+    // The names come as soon as five points are in, during a load too; the values at the
+    // cursors wait for its end (the segments may still change under us).
+    if (file.analogMaps.empty() || m_wave->pointCount() < 5)
         return;
     const int top = m_wave->m_nMarginT + 3;
     const int line = lineHeight();
@@ -269,7 +270,7 @@ void CCmtdViewAnaName::drawContents(QPainter &painter, const QRect &rect)
     const int bandTop = scrollY();
     painter.fillRect(QRect(rect.left(), bandTop, rect.width(), m_nMarginT), QColor::fromRgba(colour(3)));
     painter.setPen(QColor::fromRgba(colour(5)));
-    const int points = file.loadedPoints;
+    const int points = m_wave->pointCount();
     const int t1 = qBound(0, m_wave->cursorT1, points - 1);
     const int t2 = qBound(0, m_wave->cursorT2, points - 1);
     painter.drawText(QRect(left, bandTop + 2, width, line), Qt::AlignLeft | Qt::AlignVCenter,

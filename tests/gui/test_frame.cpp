@@ -11,10 +11,12 @@
 
 #include <QAction>
 #include <QElapsedTimer>
+#include <QLabel>
 #include <QMenuBar>
 #include <QPointer>
 #include <QProgressBar>
 #include <QStandardPaths>
+#include <QStatusBar>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QToolBar>
@@ -133,6 +135,13 @@ private Q_SLOTS:
         QVERIFY(waitIdle(frame));
         QCOMPARE(frame->recording().loadedPoints, 300);
         QCOMPARE(frame->spanText(), QStringLiteral("TT[0:00.299](300Points)"));
+        // Shown beside the wave, and still there after a passing message has come and gone.
+        auto *span = frame->findChild<QLabel *>(QStringLiteral("spanLabel"));
+        QVERIFY(span);
+        frame->statusBar()->showMessage(QStringLiteral("something else"), 1);
+        QTest::qWait(20);
+        QCOMPARE(span->text(), QStringLiteral("TT[0:00.299](300Points)"));
+        QVERIFY(span->isVisibleTo(frame));
         QCOMPARE(frame->currentPage(), 0);
         QVERIFY(frame->frameToolBar()->isVisibleTo(frame));
         const QStringList titles = menuTitles(m_main->menuBar());

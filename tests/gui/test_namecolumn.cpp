@@ -9,7 +9,9 @@
 #include "recordingwriter.h"
 
 #include <QAction>
+#include <QImage>
 #include <QMenu>
+#include <QPainter>
 #include <QStandardPaths>
 #include <QTest>
 #include <cstdio>
@@ -59,6 +61,35 @@ private Q_SLOTS:
         QList<QAction *> actions = menu ? menu->actions() : QList<QAction *>();
         delete menu;
         return actions;
+    }
+
+    void namesShowWhileTheLoadRuns()
+    {
+        // A load that has five points in shows the names (without values); four show nothing.
+        CCmtdViewAnaWave *wave = m_frame->waveView();
+        CCmtdViewAnaName *names = m_frame->nameView();
+        CCmtdDocument *document = m_frame->document();
+        const QRgb pen = m_frame->recording().analogMaps[0]->colour;
+        const QPoint line = lineOf(m_frame->recording().analogMaps[0].get());
+        auto inkOnTheLine = [&] {
+            QImage image(names->width(), wave->m_nMarginT + 3 + wave->m_nDocH, QImage::Format_ARGB32);
+            QPainter painter(&image);
+            names->drawContents(painter, image.rect());
+            painter.end();
+            int ink = 0;
+            for (int x = 0; x < image.width(); ++x)
+                ink += image.pixel(x, line.y()) == pen;
+            return ink;
+        };
+        document->setBackgroundBit(CCmtdDocument::StateLoading, true);
+        wave->setDrawnExtent(5, false);
+        QVERIFY(inkOnTheLine() > 0);
+        QCOMPARE(names->lineText(m_frame->recording().analogMaps[0].get()).contains(QStringLiteral("UA")),
+                 true);
+        wave->setDrawnExtent(4, false);
+        QCOMPARE(inkOnTheLine(), 0);
+        document->setBackgroundBit(CCmtdDocument::StateLoading, false);
+        wave->setDrawnExtent(1000, false);
     }
 
     void valuesFollowTheCursors()
