@@ -3,6 +3,7 @@
 #include "cmtd99file.h"
 #include "cmtdtext.h"
 #include "jsonwriter.h"
+#include "notices.h"
 #include "recordingload.h"
 
 #include <cstdio>
@@ -65,6 +66,8 @@ void printPlain(const char *path, const CCmtd99File &file, bool loadOk)
     for (const auto &c : file.statusChannels)
         std::printf("  D%-4d %-24s y=%d\n", c->index, file.Text(c->ch_id).toUtf8().constData(),
                     c->normalState);
+    for (const QString &notice : RecordingNotices(file))
+        std::printf("notice:    %s\n", notice.toUtf8().constData());
     const struct
     {
         const char *name;
@@ -217,6 +220,11 @@ void WriteDescriptionJson(JsonWriter &json, const char *path, const CCmtd99File 
     writeMessages(json, file, "ext", file.extMessages);
     writeMessages(json, file, "dat", file.datMessages);
     json.endObject();
+    json.key("notices");
+    json.beginArray();
+    for (const QString &notice : RecordingNotices(file))
+        json.value(notice);
+    json.endArray();
 }
 
 int RunInfo(int argc, char **argv)

@@ -1,5 +1,7 @@
 #include "cmtdchildframe.h"
 
+#include "notices.h"
+
 #include "cmtdchildcontainer.h"
 #include "cmtdchildcontainercfg.h"
 #include "cmtdtext.h"
@@ -23,6 +25,7 @@
 #include <QStatusBar>
 #include <QTabBar>
 #include <QToolBar>
+#include <QVBoxLayout>
 
 #include <ctime>
 
@@ -54,7 +57,21 @@ CCmtdChildFrame::CCmtdChildFrame(QWidget *parent) : CMdiChildFrame(parent), m_th
     splitter->setStretchFactor(0, 0);
     splitter->setStretchFactor(1, 1);
     splitter->setSizes({fontMetrics().horizontalAdvance(QLatin1Char('x')) * 46, 1000});
-    m_anaContainer->setWaveWidget(splitter);
+    // Notices about the recording (a line frequency the phasor windows do not follow, stamps
+    // that run backwards) stand above the waves, where they are read before the numbers.
+    auto *wavePage = new QWidget(m_anaContainer);
+    auto *waveLayout = new QVBoxLayout(wavePage);
+    waveLayout->setContentsMargins(0, 0, 0, 0);
+    waveLayout->setSpacing(0);
+    m_noticeLabel = new QLabel(wavePage);
+    m_noticeLabel->setObjectName(QStringLiteral("noticeLabel"));
+    m_noticeLabel->setWordWrap(true);
+    m_noticeLabel->setMargin(4);
+    m_noticeLabel->setStyleSheet(QStringLiteral("background: #fff4c2; color: #3a3000;"));
+    m_noticeLabel->hide();
+    waveLayout->addWidget(m_noticeLabel);
+    waveLayout->addWidget(splitter, 1);
+    m_anaContainer->setWaveWidget(wavePage);
     connect(&m_document, &CCmtdDocument::cursorsChanged, this, &CCmtdChildFrame::updateCursorTexts);
     connect(&m_document, &CCmtdDocument::actionStatesChanged, this, &CCmtdChildFrame::updateActions);
     connect(&m_document, &CCmtdDocument::zoomModeRequested, this, &CCmtdChildFrame::setZoomMode);
@@ -247,6 +264,7 @@ void CCmtdChildFrame::finishJob()
         m_nameView->update();
         Q_EMIT m_document.extentChanged(points);
         showSpan();
+        showNotices();
         m_cfgContainer->showRecording(m_file);
         m_document.setBackgroundBit(StateLoading, false);
         if (points < 5) {
@@ -270,6 +288,13 @@ void CCmtdChildFrame::finishJob()
     Q_EMIT menusChanged(this);
     updateActions();
     updateCursorTexts();
+}
+
+void CCmtdChildFrame::showNotices()
+{
+    const QStringList notices = RecordingNotices(m_file);
+    m_noticeLabel->setText(notices.join(QLatin1Char('\n')));
+    m_noticeLabel->setVisible(!notices.isEmpty());
 }
 
 void CCmtdChildFrame::showSpan()

@@ -88,6 +88,7 @@ private:
     void progressEvent(const CCmtdEventProgress &event);
     void finishJob();
     void showSpan();
+    void showNotices();
     bool saveAs(const QString &path);
     QString absoluteTimeText(const char *label, int sample) const;
     void toggleFlag(CCmtdDocument::DisplayFlag flag);
@@ -136,6 +137,7 @@ private:
     QLabel *labelT2 = nullptr;
     QLabel *labelTd = nullptr;
     QLabel *m_spanLabel = nullptr;
+    QLabel *m_noticeLabel = nullptr;
     QProgressBar *m_progressBar = nullptr;
     QAction *m_progressAction = nullptr;
     CCmtdChildContainerAna *m_anaContainer = nullptr;

@@ -149,3 +149,29 @@ TEST(Cli, SamplesPhasorsAndConvert)
     const QByteArray after = cli({QStringLiteral("samples"), QStringLiteral("--json"), back}).out;
     EXPECT_EQ(QJsonDocument::fromJson(before), QJsonDocument::fromJson(after));
 }
+
+TEST(Cli, InfoListsNoticesBesideTheNumbers)
+{
+    // A 60 Hz recording without an extension file: phasors still use 50 Hz windows, and the
+    // JSON says so under "notices"; a 50 Hz recording has none.
+    QTemporaryDir dir;
+    const QString path = writeRecording(dir);
+    const CliRun fifty = cli({QStringLiteral("info"), QStringLiteral("--json"), path});
+    ASSERT_EQ(fifty.code, 0);
+    ASSERT_TRUE(fifty.json().value(QStringLiteral("notices")).isArray());
+    EXPECT_TRUE(fifty.json().value(QStringLiteral("notices")).toArray().isEmpty());
+    QFile cfg(path);
+    ASSERT_TRUE(cfg.open(QIODevice::ReadOnly));
+    QByteArray text = cfg.readAll();
+    cfg.close();
+    text.replace("0\n50\n1\n", "0\n60\n1\n");
+    ASSERT_TRUE(cfg.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    cfg.write(text);
+    cfg.close();
+    const CliRun sixty = cli({QStringLiteral("info"), QStringLiteral("--json"), path});
+    ASSERT_EQ(sixty.code, 0);
+    const QJsonArray notices = sixty.json().value(QStringLiteral("notices")).toArray();
+    ASSERT_EQ(notices.size(), 1);
+    EXPECT_EQ(notices[0].toString().toStdString(),
+              "Phasors use 50 Hz windows; the recording's line frequency is 60 Hz");
+}

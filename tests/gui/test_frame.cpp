@@ -11,6 +11,7 @@
 
 #include <QAction>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QLabel>
 #include <QMenuBar>
 #include <QPointer>
@@ -125,6 +126,33 @@ private Q_SLOTS:
         worker.kind.store(0);
         QVERIFY(frame->submitJob(30)); // an unknown kind still starts and ends
         QVERIFY(waitIdle(frame));
+    }
+
+    void noticeStandsAboveTheWaves()
+    {
+        // A 60 Hz recording without an extension file: the phasor windows stay on 50 Hz, and
+        // the wave page says so above the waves; a 50 Hz recording shows no notice.
+        QTemporaryDir dir;
+        CCmtdChildFrame *fifty = open(writeRecording(dir, "fifty", 300, 3, 0));
+        QVERIFY(fifty && waitIdle(fifty));
+        auto *notice = fifty->findChild<QLabel *>(QStringLiteral("noticeLabel"));
+        QVERIFY(notice);
+        QVERIFY(!notice->isVisibleTo(fifty));
+        const QString path = writeRecording(dir, "sixty", 300, 3, 0);
+        QFile cfg(path);
+        QVERIFY(cfg.open(QIODevice::ReadOnly));
+        QByteArray text = cfg.readAll();
+        cfg.close();
+        text.replace("\n50\n1\n", "\n60\n1\n");
+        QVERIFY(cfg.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        cfg.write(text);
+        cfg.close();
+        CCmtdChildFrame *sixty = open(path);
+        QVERIFY(sixty && waitIdle(sixty));
+        notice = sixty->findChild<QLabel *>(QStringLiteral("noticeLabel"));
+        QVERIFY(notice->isVisibleTo(sixty));
+        QCOMPARE(notice->text(),
+                 QStringLiteral("Phasors use 50 Hz windows; the recording's line frequency is 60 Hz"));
     }
 
     void loadShowsSpanAndStates()
