@@ -30,6 +30,7 @@ public:
         FlagDots = 0x1,       // drawn as dots
         FlagVertExtend = 0x2, // scaled by its own largest value
         FlagShifts = 0x4,     // a status channel with at least one change of state
+        FlagReversed = 0x4,   // an analog channel drawn reversed (the same bit, on the other kind)
         FlagHidden = 0x8,
         FlagJobMask = 0xFFFFFF80u // cleared when a job has filled the channel
     };

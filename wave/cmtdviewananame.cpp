@@ -317,7 +317,7 @@ QMenu *CCmtdViewAnaName::buildMenu(QPoint docPoint)
         menu->addAction(m_actions[MenuVertExt]);
         m_actions[MenuVertExt]->setChecked(m_hit.channel->flags & CChnMapBase::FlagVertExtend);
         menu->addAction(m_actions[MenuInvert]);
-        m_actions[MenuInvert]->setChecked(m_hit.channel->flags & 0x4);
+        m_actions[MenuInvert]->setChecked(m_hit.channel->flags & CChnMapBase::FlagReversed);
         menu->addSeparator();
         menu->addAction(m_actions[MenuHmChart]);
         menu->addAction(m_actions[MenuApt]);
@@ -445,6 +445,6 @@ void CCmtdViewAnaName::slot_ChnShowVertExt()
 void CCmtdViewAnaName::slot_ChnShowInvert()
 {
     if (m_hit.channel)
-        m_hit.channel->flags ^= 0x4;
+        m_hit.channel->flags ^= CChnMapBase::FlagReversed;
     m_wave->update();
 }

@@ -122,6 +122,16 @@ int CCmtdViewAnaWave::pixelOfSample(int sample) const
     return roundHalfAway(double(sample) * double(hScale)) + m_nMarginL;
 }
 
+int CCmtdViewAnaWave::deviceX(int sample) const
+{
+    return roundHalfAway((double(sample) * double(hScale) + double(m_nMarginL)) * m_dpr);
+}
+
+int CCmtdViewAnaWave::deviceRow(int y) const
+{
+    return roundHalfAway(double(y) * m_dpr);
+}
+
 void CCmtdViewAnaWave::updateDocWidth()
 {
     m_nDocW = static_cast<int>(qMin(kMaxDocWidth, std::round(double(m_points) * double(hScale))));
@@ -565,7 +575,7 @@ size_t CCmtdViewAnaWave::analogIndex(const CChnMapBase *map) const
 double CCmtdViewAnaWave::rowFactor(const CChnMapAnalog &map) const
 {
     double factor = double(rowHeightBase) / 2.0 * double(map.vScale) / scaleValue(map);
-    if (map.flags & 0x4)
+    if (map.flags & CChnMapBase::FlagReversed)
         factor = -factor; // drawn reversed, as a current measured against the other direction
     return factor;
 }
@@ -592,7 +602,7 @@ void CCmtdViewAnaWave::drawAnalog(const CChnMapAnalog &map, size_t analogIndex, 
             previous = QPoint(INT_MIN, INT_MIN);
             continue;
         }
-        const QPoint p(pixelOfSample(i), rowPixel(centerY, double(v), factor));
+        const QPoint p(deviceX(i), rowPixel(deviceRow(centerY), double(v), factor * m_dpr));
         if (p == previous)
             continue; // a pixel that repeats the last one is not drawn again
         m_line.push_back(p);
@@ -604,23 +614,27 @@ void CCmtdViewAnaWave::drawAnalog(const CChnMapAnalog &map, size_t analogIndex, 
 void CCmtdViewAnaWave::drawEnvelope(const CChnMapAnalog &map, const CSampleEnvelope &summary, double factor,
                                     int centerY, int last)
 {
-    // One vertical stroke per pixel column, from the least to the largest sample under it. The
-    // column's range takes in the last sample of the column before, so the strokes join.
+    // One vertical stroke per device pixel column, from the least to the largest sample under
+    // it. The column's range takes in the last sample of the column before, so the strokes join.
     const float *values = map.Values();
-    const int left = qMax(m_canvasOrigin.x(), pixelOfSample(firstPoint));
-    const int right = qMin(m_canvasOrigin.x() + m_canvas.width() - 1, pixelOfSample(last));
-    // The first sample whose pixel is `left`: samples left of the canvas belong to no column.
-    int from = qMax(firstPoint, int(std::ceil((double(left - m_nMarginL) - 0.5) / double(hScale))));
+    const int center = deviceRow(centerY);
+    const double deviceFactor = factor * m_dpr;
+    const int left = qMax(m_canvasOrigin.x(), deviceX(firstPoint));
+    const int right = qMin(m_canvasOrigin.x() + m_canvas.width() - 1, deviceX(last));
+    // The sample whose device column begins at a device x: samples left of the canvas belong to
+    // no column.
+    auto firstSampleOf = [this](int x) {
+        return int(std::ceil(((double(x) - 0.5) / m_dpr - double(m_nMarginL)) / double(hScale)));
+    };
+    int from = qMax(firstPoint, firstSampleOf(left));
     for (int x = left; x <= right && from <= last; ++x) {
-        // The samples whose pixel is x end where the next column's begin.
-        const double edge = (double(x - m_nMarginL) + 0.5) / double(hScale);
-        int to = qMin(last, int(std::ceil(edge)) - 1);
+        const int to = qMin(last, firstSampleOf(x + 1) - 1);
         if (to < from)
             continue;
         float low, high;
         if (summary.Range(values, qMax(0, from - 1), to, low, high)) {
-            const QPoint stroke[2] = {QPoint(x, rowPixel(centerY, double(low), factor)),
-                                      QPoint(x, rowPixel(centerY, double(high), factor))};
+            const QPoint stroke[2] = {QPoint(x, rowPixel(center, double(low), deviceFactor)),
+                                      QPoint(x, rowPixel(center, double(high), deviceFactor))};
             RasterPolyline(m_canvas, m_canvasOrigin, stroke, 2, map.colour);
         }
         from = to + 1;
@@ -638,7 +652,7 @@ void CCmtdViewAnaWave::drawStatus(const CChnMapBase &base, int centerY)
     QPoint previous(INT_MIN, INT_MIN);
     for (int i = firstPoint; i <= last; i += stride) {
         const int bit = (words[i >> 5] >> (i & 31)) & 1;
-        const QPoint p(pixelOfSample(i), centerY - (bit ? 5 : 0));
+        const QPoint p(deviceX(i), deviceRow(centerY - (bit ? 5 : 0)));
         if (p == previous)
             continue;
         m_line.push_back(p);
@@ -650,8 +664,10 @@ void CCmtdViewAnaWave::drawStatus(const CChnMapBase &base, int centerY)
         return;
     }
     // Two pixels thick, so that a state line stands out from the waves.
-    RasterPolyline(m_canvas, m_canvasOrigin, m_line.data(), count, map.colour);
-    RasterPolyline(m_canvas, m_canvasOrigin - QPoint(0, 1), m_line.data(), count, map.colour);
+    // Two pixels thick on the screen, whatever its pixel ratio.
+    const int thickness = qMax(2, roundHalfAway(2.0 * m_dpr));
+    for (int k = 0; k < thickness; ++k)
+        RasterPolyline(m_canvas, m_canvasOrigin - QPoint(0, k), m_line.data(), count, map.colour);
 }
 
 void CCmtdViewAnaWave::drawContents(QPainter &painter, const QRect &rect)
@@ -664,13 +680,17 @@ void CCmtdViewAnaWave::drawContents(QPainter &painter, const QRect &rect)
     firstPoint = qMax(0, sampleAtPixel(rect.left() - m_nMarginL) - 1);
     lastPoint = qMin(m_points - 1, sampleAtPixel(rect.right() - m_nMarginL) + 1);
     const double visible = double(lastPoint - firstPoint);
-    stride = qMax(1, roundHalfAway(visible / double(qMax(1, rect.width())) * 0.2));
-
-    // The exposed part is drawn into an image of its own size, the waves pixel by pixel.
-    if (m_canvas.size() != rect.size())
-        m_canvas = QImage(rect.size(), QImage::Format_ARGB32_Premultiplied);
+    // The exposed part is drawn into an image of its own size in device pixels, the waves
+    // pixel by pixel: sharp on a high-density screen rather than doubled.
+    const QPaintDevice *device = painter.device();
+    m_dpr = device && device->devicePixelRatioF() > 0.0 ? device->devicePixelRatioF() : 1.0;
+    const QSize deviceSize(int(std::ceil(rect.width() * m_dpr)), int(std::ceil(rect.height() * m_dpr)));
+    stride = qMax(1, roundHalfAway(visible / double(qMax(1, deviceSize.width())) * 0.2));
+    if (m_canvas.size() != deviceSize)
+        m_canvas = QImage(deviceSize, QImage::Format_ARGB32_Premultiplied);
+    m_canvas.setDevicePixelRatio(m_dpr);
     m_canvas.fill(QColor::fromRgba(colour(1)));
-    m_canvasOrigin = rect.topLeft();
+    m_canvasOrigin = QPoint(roundHalfAway(rect.left() * m_dpr), roundHalfAway(rect.top() * m_dpr));
     const uint32_t baseLine = colour(4);
     const int top = rowTop();
     for (const CWaveRow &row : rows) {
@@ -682,7 +702,8 @@ void CCmtdViewAnaWave::drawContents(QPainter &painter, const QRect &rect)
         if (rowTopY + row.height < rect.top())
             continue;
         const int centerY = top + row.centerY;
-        const QPoint ends[2] = {QPoint(rect.left(), centerY), QPoint(rect.right(), centerY)};
+        const QPoint ends[2] = {QPoint(m_canvasOrigin.x(), deviceRow(centerY)),
+                                QPoint(m_canvasOrigin.x() + m_canvas.width() - 1, deviceRow(centerY))};
         RasterPolyline(m_canvas, m_canvasOrigin, ends, 2, baseLine);
         for (const CChnMapBase *map : row.channels) {
             if (map->flags & CChnMapBase::FlagHidden)

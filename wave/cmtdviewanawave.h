@@ -114,6 +114,9 @@ private:
     void cursorMovedByKey(int sample);
     int sampleUnderPointer(QMouseEvent *event) const;
     int rowTop() const { return m_nMarginT + 3; }
+    // A sample's column and a document row in pixels of the canvas (device pixels).
+    int deviceX(int sample) const;
+    int deviceRow(int y) const;
 
     int m_points = 0;
     bool m_envelope = false;
@@ -121,5 +124,6 @@ private:
     bool m_fitOnExtent = true;
     std::vector<QPoint> m_line; // reused between paints: nothing per sample is allocated
     QImage m_canvas;            // the exposed part, in which the waves are drawn as pixels
-    QPoint m_canvasOrigin;
+    QPoint m_canvasOrigin;      // the canvas's top left in device pixels of the document
+    double m_dpr = 1.0;         // device pixels per pixel of the painter drawing the canvas
 };

@@ -299,6 +299,27 @@ private Q_SLOTS:
                  qPrintable(QStringLiteral("%1 of %2").arg(full).arg(extents.size())));
     }
 
+    void wavesAreDrawnAtTheScreensPixelRatio()
+    {
+        // On a screen of two device pixels per pixel the base line is one device pixel thin:
+        // drawn at the device's density, not doubled.
+        QTemporaryDir dir;
+        CCmtdChildFrame *frame = open(writeSineRecording(dir, "s", 1000));
+        CCmtdViewAnaWave *view = frame->waveView();
+        const QRect rect(view->scrollX(), view->scrollY(), view->width(), view->height());
+        QImage image(rect.size() * 2, QImage::Format_ARGB32);
+        image.setDevicePixelRatio(2.0);
+        QPainter painter(&image);
+        painter.translate(-rect.topLeft());
+        view->drawContents(painter, rect);
+        painter.end();
+        const int center = 2 * (view->m_nMarginT + 3 + view->rows[0].centerY);
+        const int x = image.width() - 40;
+        QCOMPARE(image.pixel(x, center), view->colour(4));
+        QVERIFY(image.pixel(x, center + 1) != view->colour(4));
+        QVERIFY(image.pixel(x, center - 1) != view->colour(4));
+    }
+
     void zoomWindowOfTwentyPixelsDoesNothing()
     {
         QTemporaryDir dir;
