@@ -8,6 +8,7 @@
 #include "polylineraster.h"
 #include "recordingwriter.h"
 
+#include <QAction>
 #include <QElapsedTimer>
 #include <QImage>
 #include <QKeyEvent>
@@ -318,6 +319,30 @@ private Q_SLOTS:
         QCOMPARE(image.pixel(x, center), view->colour(4));
         QVERIFY(image.pixel(x, center + 1) != view->colour(4));
         QVERIFY(image.pixel(x, center - 1) != view->colour(4));
+    }
+
+    void envelopeOfARecordingReadFromDisk()
+    {
+        // The summary is built by the load itself: a 50 Hz sine at 1 kHz, 20 samples a cycle,
+        // 50 cycles per 100 pixels at the fit scale, shows a full band in envelope drawing.
+        QTemporaryDir dir;
+        CCmtdChildFrame *frame = open(writeSineRecording(dir, "s", 20000));
+        CCmtdViewAnaWave *view = frame->waveView();
+        frame->action(CCmtdChildFrame::ActEnvelope)->trigger();
+        QVERIFY(view->envelopeMode());
+        view->setHorzScale(-1.0f);
+        const QImage image = paintView(view);
+        const QRgb pen = frame->recording().analogMaps[0]->colour;
+        const int rowTop = view->m_nMarginT + 3 + view->rows[0].centerY - view->rowHeightBase / 2;
+        int full = 0, columns = 0;
+        for (int x = view->pixelOfSample(0) + 5; x < view->pixelOfSample(19999) - 5; ++x, ++columns) {
+            int ink = 0;
+            for (int y = rowTop; y < rowTop + view->rowHeightBase; ++y)
+                ink += image.pixel(x, y) == pen;
+            full += ink >= view->rowHeightBase / 3;
+        }
+        QVERIFY2(full >= columns * 95 / 100, qPrintable(QStringLiteral("%1 of %2").arg(full).arg(columns)));
+        frame->action(CCmtdChildFrame::ActEnvelope)->trigger(); // off again for the other tests
     }
 
     void zoomWindowOfTwentyPixelsDoesNothing()
