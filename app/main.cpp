@@ -7,12 +7,14 @@
 #include "textcodec.h"
 
 #include <QApplication>
+#include <QFile>
 #include <QFileInfo>
 #include <QFont>
 #include <QScreen>
 #include <QStyle>
 #include <QTextCodec>
 
+#include <cstdio>
 #include <cstring>
 
 namespace {
@@ -57,8 +59,19 @@ int main(int argc, char **argv)
     if (globalOptions.stateMask & CGlobalOptions::SingleInstance) {
         frame.connectPort(CMdiMainFrame::kLinkPort);
         if (frame.askRunning(CMdiMainFrame::kLinkPort, 500)) {
-            for (int i = 1; i < argc; ++i)
-                frame.sendFile(CMdiMainFrame::kLinkPort, QByteArray(argv[i]));
+            // The running process has a folder of its own: it gets absolute paths.
+            for (int i = 1; i < argc; ++i) {
+                if (std::strstr(argv[i], "parent="))
+                    continue;
+                const QByteArray path =
+                    QFile::encodeName(QFileInfo(QFile::decodeName(argv[i])).absoluteFilePath());
+                if (path.size() + 1 > int(sizeof(CMdiMainFrame::DatagramRecord::payload))) {
+                    std::fprintf(stderr, "veldrix: path too long to hand over (%lld bytes): %s\n",
+                                 static_cast<long long>(path.size()), path.constData());
+                    continue;
+                }
+                frame.sendFile(CMdiMainFrame::kLinkPort, path);
+            }
             return 1;
         }
         frame.bindPort(CMdiMainFrame::kLinkPort);

@@ -2,6 +2,7 @@
 
 #include "mdichildframe.h"
 
+#include <QElapsedTimer>
 #include <QHostAddress>
 #include <QMainWindow>
 #include <QString>
@@ -58,10 +59,21 @@ public:
     // Acts on a datagram of another process; true when its type was known.
     virtual bool handleDatagram(const DatagramRecord &record);
 
+    // Any local program can send to the port: a record is taken only when both magics are
+    // right and its length agrees with the datagram's size.
+    static bool isWellFormed(const QByteArray &datagram);
+    // A handed-over path opens only when it is absolute and names an existing regular file
+    // with a recording's extension: no FIFO, device or folder can stall the window.
+    static bool isRecordingPath(const QString &path, QString *reason);
+    static constexpr int kHandOversPerSecond = 64;
+
 protected:
     virtual void createActions() = 0;
     virtual void createFileMenu() = 0;
     virtual CMdiChildFrame *createChild(const QString &path) = 0;
+    // A file handed over by another start could not be opened: said without a modal box, so
+    // the link keeps answering.
+    virtual void reportHandOver(const QString &message);
     void addChild(CMdiChildFrame *child);
     CMdiChildFrame *findChild(const QString &canonicalPath) const;
     // Brings a document's window to the front of the area.
@@ -76,6 +88,10 @@ private:
     void slot_copyDataNotify();
     bool answer(int type);
 
+    bool takeHandOver();
+
     QHostAddress m_senderAddress;
     uint16_t m_senderPort = 0;
+    QElapsedTimer m_handOverSecond; // the second in which hand-overs are being counted
+    int m_handOvers = 0;
 };

@@ -3,10 +3,15 @@
 
 #include "mdimainframe.h"
 
+#include "reportwarning.h"
+
 #include <QApplication>
+#include <QFileInfo>
+#include <QStatusBar>
 #include <QUdpSocket>
 
 #include <cstring>
+#include <sys/stat.h>
 
 namespace {
 
@@ -101,19 +106,72 @@ bool CMdiMainFrame::sendFile(uint16_t port, const QByteArray &text)
     return send(port, 4, static_cast<int>(text.size()) + 1, text.constData());
 }
 
+bool CMdiMainFrame::isWellFormed(const QByteArray &datagram)
+{
+    if (datagram.size() < kHeaderSize)
+        return false;
+    uint32_t header[4];
+    std::memcpy(header, datagram.constData(), sizeof header);
+    const uint32_t length = header[2];
+    return header[0] == kLinkMagic && header[3] == kLinkMagic && length <= sizeof(DatagramRecord::payload) &&
+           qint64(datagram.size()) == kHeaderSize + qint64(length);
+}
+
+bool CMdiMainFrame::isRecordingPath(const QString &path, QString *reason)
+{
+    auto refuse = [reason](const QString &text) {
+        if (reason)
+            *reason = text;
+        return false;
+    };
+    if (path.isEmpty() || !QFileInfo(path).isAbsolute())
+        return refuse(tr("Not an absolute path: %1").arg(path));
+    const QString suffix = QFileInfo(path).suffix().toLower();
+    static const QStringList recordings = {QStringLiteral("cfg"), QStringLiteral("cff"),
+                                           QStringLiteral("dat"), QStringLiteral("inf")};
+    if (!recordings.contains(suffix))
+        return refuse(tr("Not a recording: %1").arg(path));
+    // stat follows links: a link to a device is a device.
+    struct stat info;
+    if (::stat(QFile::encodeName(path).constData(), &info) != 0)
+        return refuse(tr("File is not exist: %1").arg(path));
+    if (!S_ISREG(info.st_mode))
+        return refuse(tr("Not a regular file: %1").arg(path));
+    return true;
+}
+
+bool CMdiMainFrame::takeHandOver()
+{
+    // A flood of hand-overs would open window after window: a second's worth is taken, the
+    // rest dropped.
+    if (!m_handOverSecond.isValid() || m_handOverSecond.elapsed() >= 1000) {
+        m_handOverSecond.start();
+        m_handOvers = 0;
+    }
+    return ++m_handOvers <= kHandOversPerSecond;
+}
+
+void CMdiMainFrame::reportHandOver(const QString &message)
+{
+    statusBar()->showMessage(message, 10000);
+    std::fprintf(stderr, "veldrix: %s\n", message.toLocal8Bit().constData());
+}
+
 void CMdiMainFrame::slot_copyDataNotify()
 {
     while (m_socket && m_socket->hasPendingDatagrams()) {
-        DatagramRecord record;
-        std::memset(&record, 0, sizeof record);
+        QByteArray datagram(qMax<qint64>(m_socket->pendingDatagramSize(), 0), Qt::Uninitialized);
         QHostAddress address;
         quint16 port = 0;
-        // The record is cleared before each read and one byte longer than any payload may be
-        // read into it, so a text payload always ends with a zero.
-        const qint64 got =
-            m_socket->readDatagram(reinterpret_cast<char *>(&record), sizeof record - 1, &address, &port);
-        if (got < kHeaderSize)
-            continue;
+        const qint64 got = m_socket->readDatagram(datagram.data(), datagram.size(), &address, &port);
+        datagram.resize(qMax<qint64>(got, 0));
+        if (!isWellFormed(datagram))
+            continue; // a stranger's bytes: dropped without a word
+        // The record is cleared before the copy and one byte longer than any payload may be,
+        // so a text payload always ends with a zero.
+        DatagramRecord record;
+        std::memset(&record, 0, sizeof record);
+        std::memcpy(&record, datagram.constData(), size_t(datagram.size()));
         m_senderAddress = address;
         m_senderPort = port;
         handleDatagram(record);
@@ -143,10 +201,20 @@ bool CMdiMainFrame::handleDatagram(const DatagramRecord &record)
         activateWindow();
         return true;
     case 4: {
-        const QByteArray path(record.payload,
-                              static_cast<qsizetype>(strnlen(record.payload, sizeof record.payload)));
-        if (!path.isEmpty())
-            openFile(QString::fromLocal8Bit(path));
+        if (!takeHandOver())
+            return true;
+        const QByteArray bytes(record.payload,
+                               static_cast<qsizetype>(strnlen(record.payload, sizeof record.payload)));
+        const QString path = QFile::decodeName(bytes);
+        QString reason;
+        if (!isRecordingPath(path, &reason)) {
+            reportHandOver(reason);
+            return true;
+        }
+        // Whatever the readers object to is said in the status bar, not in a box that would
+        // stop the link until it is answered.
+        QuietWarnings quiet([this](const QString &text) { reportHandOver(text.simplified()); });
+        openFile(path);
         return true;
     }
     default:

@@ -6,6 +6,21 @@
 #include <cstdarg>
 #include <cstdio>
 
+namespace {
+QuietWarnings *g_quiet = nullptr; // the innermost quiet scope; the GUI thread only
+} // namespace
+
+QuietWarnings::QuietWarnings(std::function<void(const QString &)> receiver)
+    : m_receiver(std::move(receiver)), m_outer(g_quiet)
+{
+    g_quiet = this;
+}
+
+QuietWarnings::~QuietWarnings()
+{
+    g_quiet = m_outer;
+}
+
 void reportWarning(const char *format, ...)
 {
     char buffer[1024];
@@ -13,5 +28,9 @@ void reportWarning(const char *format, ...)
     va_start(args, format);
     std::vsnprintf(buffer, sizeof buffer, format, args);
     va_end(args);
+    if (g_quiet) {
+        g_quiet->m_receiver(QString::fromLocal8Bit(buffer));
+        return;
+    }
     QMessageBox::warning(nullptr, QString(), QString::fromLocal8Bit(buffer), QMessageBox::Ok);
 }

@@ -5,8 +5,12 @@
 #include "mainframe.h"
 #include "recordingwriter.h"
 
+#include <QApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
 #include <QMessageBox>
-#include <QTimer>
+#include <QStatusBar>
 
 #include <QSettings>
 #include <QStandardPaths>
@@ -17,6 +21,7 @@
 #include <QUdpSocket>
 
 #include <cstring>
+#include <sys/stat.h>
 #include <thread>
 
 namespace {
@@ -186,6 +191,63 @@ private Q_SLOTS:
             QCOMPARE(header[1], 4u);
             QCOMPARE(header[2], 0u);
         }
+    }
+
+    void handOverTakesOnlyRecordings()
+    {
+        const uint16_t port = freePort();
+        QVERIFY(m_main->bindPort(port));
+        QUdpSocket peer;
+        QVERIFY(peer.bind(QHostAddress(QHostAddress::LocalHost), 0));
+        auto send = [&](const QByteArray &bytes) {
+            peer.writeDatagram(bytes, QHostAddress(QHostAddress::LocalHost), port);
+            QTest::qWait(50);
+        };
+        auto path = [](const QString &text) { return QFile::encodeName(text) + QByteArray(1, '\0'); };
+        auto anyBox = [] {
+            for (QWidget *widget : QApplication::topLevelWidgets()) {
+                if (qobject_cast<QMessageBox *>(widget) && widget->isVisible())
+                    return true;
+            }
+            return false;
+        };
+        const QString cfg = writeRecording(m_dir, "handed", 300, 1, 0);
+        // Wrong magics, or a length that disagrees with the datagram: dropped.
+        send(datagram(4, path(cfg), 0x12345678));
+        QByteArray lying = datagram(4, path(cfg));
+        lying[8] = 3;
+        send(lying);
+        // A relative path, a FIFO and a link to a device named like recordings, a folder, a
+        // missing file and a recording without its data: refused without a box.
+        send(datagram(4, path(QStringLiteral("handed.cfg"))));
+        const QString fifo = m_dir.filePath(QStringLiteral("pipe.cff"));
+        QVERIFY(::mkfifo(QFile::encodeName(fifo).constData(), 0600) == 0);
+        const QString device = m_dir.filePath(QStringLiteral("zero.cff"));
+        QVERIFY(QFile::link(QStringLiteral("/dev/zero"), device));
+        QVERIFY(QDir(m_dir.path()).mkdir(QStringLiteral("folder.cfg")));
+        QElapsedTimer timer;
+        timer.start();
+        send(datagram(4, path(fifo)));
+        send(datagram(4, path(device)));
+        send(datagram(4, path(m_dir.filePath(QStringLiteral("folder.cfg")))));
+        send(datagram(4, path(m_dir.filePath(QStringLiteral("missing.cfg")))));
+        const QString lonely = writeRecording(m_dir, "lonely", 300, 1, 0);
+        QVERIFY(QFile::remove(lonely.left(lonely.size() - 4) + QStringLiteral(".dat")));
+        send(datagram(4, path(lonely)));
+        QVERIFY(!anyBox());
+        QCOMPARE(m_main->children().size(), 0);
+        QVERIFY2(m_main->statusBar()->currentMessage().contains(QStringLiteral("lonely.dat")),
+                 qPrintable(m_main->statusBar()->currentMessage()));
+        // The link still answers at once.
+        peer.writeDatagram(datagram(2), QHostAddress(QHostAddress::LocalHost), port);
+        QElapsedTimer answer;
+        answer.start();
+        QVERIFY(QTest::qWaitFor([&] { return peer.hasPendingDatagrams(); }, 1000));
+        QVERIFY2(answer.elapsed() < 100, qPrintable(QString::number(answer.elapsed())));
+        QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
+        // The absolute path of a recording opens.
+        send(datagram(4, path(cfg)));
+        QCOMPARE(m_main->children().size(), 1);
     }
 
 private:
