@@ -40,8 +40,22 @@ COptionsDialog::COptionsDialog(CGlobalOptions &options, QWidget *parent) : QDial
 {
     setWindowTitle(tr("Options(&T)").remove(QLatin1String("(&T)")));
     auto *tabs = new QTabWidget(this);
+    tabs->addTab(createDisplayPage(options, tabs), tr("Display"));
+    tabs->addTab(createAnalysisPage(options, tabs), tr("Analysis"));
+    tabs->addTab(createLineTestPage(options, tabs), tr("Line Test"));
+    tabs->addTab(createToolsPage(options, tabs), tr("Tools"));
 
-    auto *display = new QWidget(tabs);
+    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
+    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    auto *layout = new QVBoxLayout(this);
+    layout->addWidget(tabs);
+    layout->addWidget(buttons);
+}
+
+QWidget *COptionsDialog::createDisplayPage(const CGlobalOptions &options, QWidget *parent)
+{
+    auto *display = new QWidget(parent);
     auto *displayForm = new QFormLayout(display);
     m_language = new QComboBox(display);
     m_language->addItem(QString());
@@ -79,9 +93,12 @@ COptionsDialog::COptionsDialog(CGlobalOptions &options, QWidget *parent) : QDial
         m_flags[i]->setChecked(options.stateMask & flagBits[i]);
         displayForm->addRow(QString(), m_flags[i]);
     }
-    tabs->addTab(display, tr("Display"));
+    return display;
+}
 
-    auto *analysis = new QWidget(tabs);
+QWidget *COptionsDialog::createAnalysisPage(const CGlobalOptions &options, QWidget *parent)
+{
+    auto *analysis = new QWidget(parent);
     auto *analysisForm = new QFormLayout(analysis);
     m_dftMethod =
         combo(analysis, {tr("Rect & Sin"), tr("Rect & Cos"), tr("Trap & Sin"), tr("Trap & Cos")}, dftMethod);
@@ -102,9 +119,12 @@ COptionsDialog::COptionsDialog(CGlobalOptions &options, QWidget *parent) : QDial
               {QStringLiteral("T0c"), QStringLiteral("T0"), QStringLiteral("T1"), QStringLiteral("T1Fixed")},
               options.statusTimeBase);
     analysisForm->addRow(tr("Status time base"), m_timeBase);
-    tabs->addTab(analysis, tr("Analysis"));
+    return analysis;
+}
 
-    auto *line = new QWidget(tabs);
+QWidget *COptionsDialog::createLineTestPage(const CGlobalOptions &options, QWidget *parent)
+{
+    auto *line = new QWidget(parent);
     auto *lineForm = new QFormLayout(line);
     m_lineLength = number(line, options.lineParamLen, 100000.0, QStringLiteral(" km"));
     lineForm->addRow(tr("Line length"), m_lineLength);
@@ -124,9 +144,12 @@ COptionsDialog::COptionsDialog(CGlobalOptions &options, QWidget *parent) : QDial
     lineForm->addRow(tr("Voltage transformer secondary"), m_tv[1]);
     lineForm->addRow(tr("Current transformer primary"), m_ta[0]);
     lineForm->addRow(tr("Current transformer secondary"), m_ta[1]);
-    tabs->addTab(line, tr("Line Test"));
+    return line;
+}
 
-    auto *tools = new QWidget(tabs);
+QWidget *COptionsDialog::createToolsPage(const CGlobalOptions &options, QWidget *parent)
+{
+    auto *tools = new QWidget(parent);
     auto *toolsForm = new QFormLayout(tools);
     m_textViewer = new QLineEdit(QString::fromLocal8Bit(options.txtViewExe), tools);
     toolsForm->addRow(tr("Report viewer program"), m_textViewer);
@@ -134,14 +157,7 @@ COptionsDialog::COptionsDialog(CGlobalOptions &options, QWidget *parent) : QDial
     toolsForm->addRow(tr("Converter library"), m_cvtLib);
     m_anaLib = new QLineEdit(QString::fromLocal8Bit(options.anaLib), tools);
     toolsForm->addRow(tr("Analysis library"), m_anaLib);
-    tabs->addTab(tools, tr("Tools"));
-
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
-    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    auto *layout = new QVBoxLayout(this);
-    layout->addWidget(tabs);
-    layout->addWidget(buttons);
+    return tools;
 }
 
 void COptionsDialog::apply()

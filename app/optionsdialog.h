@@ -20,6 +20,11 @@ public:
     void apply();
 
 private:
+    QWidget *createDisplayPage(const CGlobalOptions &options, QWidget *parent);
+    QWidget *createAnalysisPage(const CGlobalOptions &options, QWidget *parent);
+    QWidget *createLineTestPage(const CGlobalOptions &options, QWidget *parent);
+    QWidget *createToolsPage(const CGlobalOptions &options, QWidget *parent);
+
     CGlobalOptions &m_options;
     QComboBox *m_language = nullptr;
     QLineEdit *m_codec = nullptr;

@@ -84,7 +84,9 @@ void printPlain(const char *path, const CCmtd99File &file, bool loadOk)
 
 } // namespace
 
-void WriteDescriptionJson(JsonWriter &json, const char *path, const CCmtd99File &file, bool loadOk)
+namespace {
+
+void writeRecordingJson(JsonWriter &json, const char *path, const CCmtd99File &file, bool loadOk)
 {
     const CmtdFileDescription &d = file.fileDesc;
     json.key("file");
@@ -108,34 +110,34 @@ void WriteDescriptionJson(JsonWriter &json, const char *path, const CCmtd99File 
     json.value(int(d.statusCount));
     json.key("rateCount");
     json.value(int(d.rateCount));
-    json.key("rawSegments");
+}
+
+// The segments as the ".cfg" wrote them (no start) or as the loader made them.
+void writeSegmentsJson(JsonWriter &json, const char *name, const std::vector<SampleSegment> &segments,
+                       bool withStart)
+{
+    json.key(name);
     json.beginArray();
-    for (const SampleSegment &s : d.rawSegments) {
+    for (const SampleSegment &s : segments) {
         json.beginObject();
         json.key("index");
         json.value(int(s.index));
         json.key("rate");
         json.valueFloat(s.rate);
+        if (withStart) {
+            json.key("start");
+            json.value(s.start);
+        }
         json.key("end");
         json.value(s.end);
         json.endObject();
     }
     json.endArray();
-    json.key("segments");
-    json.beginArray();
-    for (const SampleSegment &s : file.segments) {
-        json.beginObject();
-        json.key("index");
-        json.value(int(s.index));
-        json.key("rate");
-        json.valueFloat(s.rate);
-        json.key("start");
-        json.value(s.start);
-        json.key("end");
-        json.value(s.end);
-        json.endObject();
-    }
-    json.endArray();
+}
+
+void writeTimingJson(JsonWriter &json, const CCmtd99File &file)
+{
+    const CmtdFileDescription &d = file.fileDesc;
     json.key("pointCount");
     json.value(file.pointCount);
     json.key("loadedPoints");
@@ -149,6 +151,10 @@ void WriteDescriptionJson(JsonWriter &json, const char *path, const CCmtd99File 
     writeText(json, file, "fileType", d.fileType);
     json.key("timeMult");
     json.valueFloat(d.timeMult);
+}
+
+void writeAnalogJson(JsonWriter &json, const CCmtd99File &file)
+{
     json.key("analog");
     json.beginArray();
     for (const auto &c : file.analogChannels) {
@@ -193,6 +199,10 @@ void WriteDescriptionJson(JsonWriter &json, const char *path, const CCmtd99File 
         json.endObject();
     }
     json.endArray();
+}
+
+void writeStatusJson(JsonWriter &json, const CCmtd99File &file)
+{
     json.key("status");
     json.beginArray();
     for (const auto &c : file.statusChannels) {
@@ -213,6 +223,10 @@ void WriteDescriptionJson(JsonWriter &json, const char *path, const CCmtd99File 
         json.endObject();
     }
     json.endArray();
+}
+
+void writeMessagesJson(JsonWriter &json, const CCmtd99File &file)
+{
     json.key("messages");
     json.beginObject();
     writeMessages(json, file, "cfg", file.cfgMessages);
@@ -225,6 +239,19 @@ void WriteDescriptionJson(JsonWriter &json, const char *path, const CCmtd99File 
     for (const QString &notice : RecordingNotices(file))
         json.value(notice);
     json.endArray();
+}
+
+} // namespace
+
+void WriteDescriptionJson(JsonWriter &json, const char *path, const CCmtd99File &file, bool loadOk)
+{
+    writeRecordingJson(json, path, file, loadOk);
+    writeSegmentsJson(json, "rawSegments", file.fileDesc.rawSegments, false);
+    writeSegmentsJson(json, "segments", file.segments, true);
+    writeTimingJson(json, file);
+    writeAnalogJson(json, file);
+    writeStatusJson(json, file);
+    writeMessagesJson(json, file);
 }
 
 int RunInfo(int argc, char **argv)

@@ -83,8 +83,7 @@ CCmtdChildFrame::CCmtdChildFrame(QWidget *parent) : CMdiChildFrame(parent), m_th
     });
     m_cfgContainer = new CCmtdChildContainerCfg(this);
     connect(m_cfgContainer, &CCmtdChildContainerCfg::codecChosen, this, [this](const QByteArray &codec) {
-        m_file.codecOverride = codec;
-        m_file.codecName = codec;
+        m_file.SetCodecOverride(codec);
         m_cfgContainer->showRecording(m_file);
         setWindowTitle(titleText());
         m_nameView->update();

@@ -386,7 +386,8 @@ void CCmtdChildFrame::slot_WaveShowT0()
 void CCmtdChildFrame::slot_WaveShowT0cSet()
 {
     slot_PaneTabViewSwitch(0);
-    m_file.customT0 = m_waveView->cursorT1;
+    if (!m_file.SetCustomT0(m_waveView->cursorT1))
+        return;
     m_document.displayFlags.setFlag(CCmtdDocument::ShowT0cCursor);
     setModified(true);
     Q_EMIT m_document.displayChanged();
@@ -404,7 +405,7 @@ void CCmtdChildFrame::slot_WaveShowT0cShow()
 
 void CCmtdChildFrame::slot_WaveShowT0cDel()
 {
-    m_file.customT0 = -1;
+    m_file.SetCustomT0(-1);
     m_document.displayFlags.setFlag(CCmtdDocument::ShowT0cCursor, false);
     setModified(true);
     Q_EMIT m_document.displayChanged();

@@ -719,3 +719,17 @@ void CCmtd99File::SelectMaps(const CChnMapFilter &filter, std::vector<CChnMapBas
             list.push_back(map.get());
     }
 }
+
+bool CCmtd99File::SetCustomT0(int index)
+{
+    if (index < -1 || index >= loadedPoints)
+        return false;
+    customT0 = index;
+    return true;
+}
+
+void CCmtd99File::SetCodecOverride(const QByteArray &codec)
+{
+    codecOverride = codec;
+    codecName = codec;
+}

@@ -93,6 +93,11 @@ public:
     void BuildScaleGroups();
     // Back to the empty state; `datMessages` survive.
     void ClearAll();
+    // The engineer's own edits of a loaded recording, the only changes made from outside the
+    // readers: T0' (a sample index, -1 for none; outside the loaded samples it is refused) and
+    // the text encoding of the names (empty to find it again from the bytes).
+    bool SetCustomT0(int index);
+    void SetCodecOverride(const QByteArray &codec);
 
     CmtdChn_Analog *FindAnalogChannel(int index) const;
     CmtdChn_Status *FindStatusChannel(int index) const;

@@ -135,8 +135,6 @@ public:
     explicit CCmtdDocument(CCmtd99File &file, QObject *parent = nullptr);
 
     const CCmtd99File &recording() const { return m_file; }
-    // For the few writers: the worker's job, the configuration pages, the status file.
-    CCmtd99File &recordingForEdit() { return m_file; }
 
     DisplayFlags displayFlags = ValueFundamental;
     int zoomMode = ZoomNone;

@@ -12,6 +12,7 @@ class CCmtdDocument;
 class CChnMapBase;
 class CChnMapAnalog;
 class CSampleEnvelope;
+struct WaveStatus;
 
 // One row of the wave view: the channels drawn in it (one, or up to three after a group
 // overlap), its sort key and where it stands.
@@ -112,6 +113,7 @@ private:
     void drawAxis(QPainter &painter, const QRect &rect);
     void drawMarks(QPainter &painter, const QRect &rect);
     void cursorMovedByKey(int sample);
+    void applyWaveStatus(const WaveStatus &status);
     int sampleUnderPointer(QMouseEvent *event) const;
     int rowTop() const { return m_nMarginT + 3; }
     // A sample's column and a document row in pixels of the canvas (device pixels).

@@ -15,6 +15,36 @@
 #include <cstdlib>
 #include <cstring>
 
+// Everything a status file holds, read whole before any of it is applied.
+struct WaveStatus
+{
+    struct Channel
+    {
+        bool analog = true;
+        int idx = -1;
+        uint32_t colour = 0;
+        float vScale = 1.0f;
+        uint32_t flags = 0;
+    };
+    struct Row
+    {
+        int key = 0;
+        QList<CChnMapBase *> channels;
+    };
+
+    int points = -1;
+    int analogs = -1;
+    int statuses = -1;
+    float scale = -1.0f;
+    int hPos = 0;
+    int vPos = 0;
+    int t1 = 0;
+    int t2 = 0;
+    uint32_t drawFlags = 0;
+    std::vector<Channel> channels;
+    std::vector<Row> axes;
+};
+
 namespace {
 
 const char kSeparator[] = "//--------------------------------------------------\n";
@@ -49,21 +79,6 @@ template <size_t N> uint32_t readFlags(char *value, const FlagName (&table)[N])
     return flags;
 }
 
-struct ChannelEntry
-{
-    bool analog = true;
-    int idx = -1;
-    uint32_t colour = 0;
-    float vScale = 1.0f;
-    uint32_t flags = 0;
-};
-
-struct AxisEntry
-{
-    int key = 0;
-    QList<CChnMapBase *> channels;
-};
-
 enum Section
 {
     SectionNone,
@@ -72,6 +87,122 @@ enum Section
     SectionStatus,
     SectionAxis
 };
+
+bool is(const char *key, const char *name)
+{
+    return qstricmp(key, name) == 0;
+}
+
+void readPublicKey(const char *key, char *value, WaveStatus &status)
+{
+    if (is(key, "PointNum"))
+        status.points = std::atoi(value);
+    else if (is(key, "ACNum"))
+        status.analogs = std::atoi(value);
+    else if (is(key, "SCNum"))
+        status.statuses = std::atoi(value);
+    else if (is(key, "hScale"))
+        status.scale = static_cast<float>(std::atof(value));
+    else if (is(key, "hPos"))
+        status.hPos = std::atoi(value);
+    else if (is(key, "vPos"))
+        status.vPos = std::atoi(value);
+    else if (is(key, "curT1"))
+        status.t1 = std::atoi(value);
+    else if (is(key, "curT2"))
+        status.t2 = std::atoi(value);
+    else if (is(key, "drawFlags"))
+        status.drawFlags = readFlags(value, kFrameFlags);
+}
+
+void readChannelKey(const char *key, char *value, WaveStatus::Channel &channel)
+{
+    if (is(key, "idx")) {
+        channel.idx = std::atoi(value);
+    } else if (is(key, "clr")) {
+        unsigned colour = 0;
+        std::sscanf(value, "%x", &colour);
+        channel.colour = colour;
+    } else if (is(key, "vScale")) {
+        const float v = static_cast<float>(std::atof(value));
+        if (v >= 1.0f)
+            channel.vScale = v;
+    } else if (is(key, "flags")) {
+        channel.flags = readFlags(value, kChannelFlags);
+    }
+}
+
+void readAxisKey(const char *key, char *value, const CCmtd99File &recording, WaveStatus::Row &axis)
+{
+    if (is(key, "key")) {
+        axis.key = std::atoi(value);
+    } else if (is(key, "ChMap")) {
+        char *items[64];
+        const int count = SplitTrimmed(value, items, 64, ',');
+        for (int i = 0; i < count; ++i) {
+            const char kindLetter = items[i][0];
+            CChnMapBase *map = nullptr;
+            if (kindLetter == 'A' || kindLetter == 'a')
+                map = recording.FindAnalogMap(std::atoi(items[i] + 1));
+            else if (kindLetter == 'S' || kindLetter == 's')
+                map = recording.FindStatusMap(std::atoi(items[i] + 1));
+            if (map)
+                axis.channels.append(map);
+        }
+    }
+}
+
+Section sectionNamed(const char *name)
+{
+    return is(name, "Public") ? SectionPublic
+           : is(name, "ACh")  ? SectionAnalog
+           : is(name, "SCh")  ? SectionStatus
+           : is(name, "Axis") ? SectionAxis
+                              : SectionNone;
+}
+
+// Reads the key lines section by section; a channel of another recording or without a colour
+// is left out, as is an empty row.
+void readWaveStatus(CDiskFile &file, const CCmtd99File &recording, WaveStatus &status)
+{
+    WaveStatus::Channel channel;
+    WaveStatus::Row axis;
+    Section section = SectionNone;
+    auto closeSection = [&]() {
+        if (section == SectionAnalog || section == SectionStatus) {
+            const bool known = channel.analog ? recording.FindAnalogMap(channel.idx) != nullptr
+                                              : recording.FindStatusMap(channel.idx) != nullptr;
+            if (known && channel.colour != 0 && channel.vScale > 0.0f)
+                status.channels.push_back(channel);
+        } else if (section == SectionAxis && !(axis.channels.isEmpty() && axis.key < 0)) {
+            status.axes.push_back(axis);
+        }
+        channel = WaveStatus::Channel();
+        axis = WaveStatus::Row();
+    };
+    char buffer[4096];
+    int counter = 0;
+    char *key = nullptr;
+    char *value = nullptr;
+    for (;;) {
+        const int kind = ReadKeyLine(file, counter, buffer, sizeof buffer, key, value);
+        if (kind == KeyLineEnd)
+            break;
+        if (kind == KeyLineSection) {
+            closeSection();
+            section = sectionNamed(key);
+            channel.analog = section == SectionAnalog;
+            continue;
+        }
+        if (section == SectionPublic)
+            readPublicKey(key, value, status);
+        else if (section == SectionAnalog || section == SectionStatus)
+            readChannelKey(key, value, channel);
+        else if (section == SectionAxis)
+            readAxisKey(key, value, recording, axis);
+    }
+    closeSection();
+}
 
 } // namespace
 
@@ -135,138 +266,50 @@ bool CCmtdViewAnaWave::loadStatus(const char *path)
         return false;
     const CCmtd99File &recording = document->recording();
     // The whole file is read first: a status of another recording changes nothing at all.
-    int points = -1, analogs = -1, statuses = -1;
-    float scale = -1.0f;
-    int hPos = 0, vPos = 0, t1 = cursorT1, t2 = cursorT2;
-    uint32_t drawFlags = document->displayFlags.toInt();
-    std::vector<ChannelEntry> channels;
-    std::vector<AxisEntry> axes;
-    ChannelEntry channel;
-    AxisEntry axis;
-    Section section = SectionNone;
-    auto closeSection = [&]() {
-        if (section == SectionAnalog || section == SectionStatus) {
-            const bool known = channel.analog ? recording.FindAnalogMap(channel.idx) != nullptr
-                                              : recording.FindStatusMap(channel.idx) != nullptr;
-            if (known && channel.colour != 0 && channel.vScale > 0.0f)
-                channels.push_back(channel);
-        } else if (section == SectionAxis && !(axis.channels.isEmpty() && axis.key < 0)) {
-            axes.push_back(axis);
-        }
-        channel = ChannelEntry();
-        axis = AxisEntry();
-    };
-
-    char buffer[4096];
-    int counter = 0;
-    char *key = nullptr;
-    char *value = nullptr;
-    for (;;) {
-        const int kind = ReadKeyLine(file, counter, buffer, sizeof buffer, key, value);
-        if (kind == KeyLineEnd)
-            break;
-        if (kind == KeyLineSection) {
-            closeSection();
-            section = qstricmp(key, "Public") == 0 ? SectionPublic
-                      : qstricmp(key, "ACh") == 0  ? SectionAnalog
-                      : qstricmp(key, "SCh") == 0  ? SectionStatus
-                      : qstricmp(key, "Axis") == 0 ? SectionAxis
-                                                   : SectionNone;
-            channel.analog = section == SectionAnalog;
-            continue;
-        }
-        auto is = [key](const char *name) { return qstricmp(key, name) == 0; };
-        switch (section) {
-        case SectionPublic:
-            if (is("PointNum"))
-                points = std::atoi(value);
-            else if (is("ACNum"))
-                analogs = std::atoi(value);
-            else if (is("SCNum"))
-                statuses = std::atoi(value);
-            else if (is("hScale"))
-                scale = static_cast<float>(std::atof(value));
-            else if (is("hPos"))
-                hPos = std::atoi(value);
-            else if (is("vPos"))
-                vPos = std::atoi(value);
-            else if (is("curT1"))
-                t1 = std::atoi(value);
-            else if (is("curT2"))
-                t2 = std::atoi(value);
-            else if (is("drawFlags"))
-                drawFlags = readFlags(value, kFrameFlags);
-            break;
-        case SectionAnalog:
-        case SectionStatus:
-            if (is("idx")) {
-                channel.idx = std::atoi(value);
-            } else if (is("clr")) {
-                unsigned colour = 0;
-                std::sscanf(value, "%x", &colour);
-                channel.colour = colour;
-            } else if (is("vScale")) {
-                const float v = static_cast<float>(std::atof(value));
-                if (v >= 1.0f)
-                    channel.vScale = v;
-            } else if (is("flags")) {
-                channel.flags = readFlags(value, kChannelFlags);
-            }
-            break;
-        case SectionAxis:
-            if (is("key")) {
-                axis.key = std::atoi(value);
-            } else if (is("ChMap")) {
-                char *items[64];
-                const int count = SplitTrimmed(value, items, 64, ',');
-                for (int i = 0; i < count; ++i) {
-                    const char kindLetter = items[i][0];
-                    CChnMapBase *map = nullptr;
-                    if (kindLetter == 'A' || kindLetter == 'a')
-                        map = recording.FindAnalogMap(std::atoi(items[i] + 1));
-                    else if (kindLetter == 'S' || kindLetter == 's')
-                        map = recording.FindStatusMap(std::atoi(items[i] + 1));
-                    if (map)
-                        axis.channels.append(map);
-                }
-            }
-            break;
-        case SectionNone:
-            break;
-        }
-    }
-    closeSection();
-    if (points != recording.loadedPoints || analogs != int(recording.analogMaps.size()) ||
-        statuses != int(recording.statusMaps.size()))
+    WaveStatus status;
+    status.t1 = cursorT1;
+    status.t2 = cursorT2;
+    status.drawFlags = document->displayFlags.toInt();
+    readWaveStatus(file, recording, status);
+    if (status.points != recording.loadedPoints || status.analogs != int(recording.analogMaps.size()) ||
+        status.statuses != int(recording.statusMaps.size()))
         return false;
+    applyWaveStatus(status);
+    return true;
+}
 
-    for (const ChannelEntry &entry : channels) {
+void CCmtdViewAnaWave::applyWaveStatus(const WaveStatus &status)
+{
+    const CCmtd99File &recording = document->recording();
+    // The switches a status file carries; the others (a status channel's changes) stay as the
+    // load found them.
+    constexpr uint32_t kKept = CChnMapBase::FlagDots | CChnMapBase::FlagVertExtend | CChnMapBase::FlagHidden;
+    for (const WaveStatus::Channel &entry : status.channels) {
         CChnMapBase *map = entry.analog ? static_cast<CChnMapBase *>(recording.FindAnalogMap(entry.idx))
                                         : static_cast<CChnMapBase *>(recording.FindStatusMap(entry.idx));
         map->colour = entry.colour;
-        map->flags = (map->flags & ~0xBu) | (entry.flags & 0xBu);
+        map->flags = (map->flags & ~kKept) | (entry.flags & kKept);
         if (entry.analog)
             static_cast<CChnMapAnalog *>(map)->vScale = entry.vScale;
     }
-    if (!axes.empty()) {
+    if (!status.axes.empty()) {
         rows.clear();
-        for (const AxisEntry &entry : axes) {
+        for (const WaveStatus::Row &entry : status.axes) {
             CWaveRow row;
             row.key = entry.key;
             row.channels = entry.channels;
             rows.push_back(row);
         }
     }
-    document->displayFlags = CCmtdDocument::DisplayFlags::fromInt(drawFlags);
+    document->displayFlags = CCmtdDocument::DisplayFlags::fromInt(status.drawFlags);
     layoutRows(false);
-    if (scale > 0.0f)
-        setHorzScale(scale);
-    cursorT1 = qBound(0, t1, qMax(0, m_points - 1));
-    cursorT2 = qBound(0, t2, qMax(0, m_points - 1));
-    setScroll(hPos, vPos);
+    if (status.scale > 0.0f)
+        setHorzScale(status.scale);
+    cursorT1 = qBound(0, status.t1, qMax(0, m_points - 1));
+    cursorT2 = qBound(0, status.t2, qMax(0, m_points - 1));
+    setScroll(status.hPos, status.vPos);
     document->actionsChanged();
     document->cursorsMoved();
     Q_EMIT cursorsChanged();
     update();
-    return true;
 }
