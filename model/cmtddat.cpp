@@ -283,7 +283,10 @@ void CDatLoader::convert(int n)
         break;
     case ModeRates: {
         const std::vector<SampleSegment> &segments = m_file.segments;
-        if (m_segment < segments.size() && n >= segments[m_segment].end && m_segment + 1 < segments.size()) {
+        // A segment that ends at or before the first sample (an end of 0 in a broken
+        // description) has no sample before it to count on from.
+        if (n > 0 && m_segment < segments.size() && n >= segments[m_segment].end &&
+            m_segment + 1 < segments.size()) {
             m_base = times[n - 1] + heldMicroseconds(1000000.0 / double(segments[m_segment].rate) + 0.5);
             m_segStart = n;
             ++m_segment;
