@@ -5,6 +5,7 @@
 #include "globalsettings.h"
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 #include <vector>
 
@@ -57,10 +58,30 @@ const RateSegment *segmentOf(const CCmtd99File &file, const RateSegment *given, 
     return FindRateSegment(file, index, found) ? &found : nullptr;
 }
 
+// trunc(x) as a sample count. A rate of infinity or NaN, or one so large that a cycle holds more
+// samples than any recording, gives a count no window can reach instead of an undefined
+// conversion.
+int heldCount(double x)
+{
+    if (!(x >= 0.0))
+        return 0;
+    return x < double(INT_MAX) ? static_cast<int>(x) : INT_MAX;
+}
+
 int roundedCycle50(float rate)
 {
     const float span = rate * kCycle50;
-    return static_cast<int>(double(span) + 0.5);
+    return heldCount(double(span) + 0.5);
+}
+
+// A window touching a missing value (a gap of a 2013 recording) has no value.
+bool touchesGap(const float *x, int n)
+{
+    for (int i = 0; i < n; ++i) {
+        if (std::isnan(x[i]))
+            return true;
+    }
+    return false;
 }
 
 } // namespace
@@ -73,7 +94,7 @@ float RatedFreq(const CChnMapAnalog &chn)
 
 int PointsPerCycle(float rate, float freq)
 {
-    return static_cast<int>(double(rate) / double(freq) + 0.5);
+    return heldCount(double(rate) / double(freq) + 0.5);
 }
 
 ComplexD DftPhasorMethod(int method, const float *x, int count, int harmonic, int step)
@@ -147,20 +168,21 @@ int DftWindowShift(int n)
 
 int DftWindowStart(int index, int n, const RateSegment &segment, int total)
 {
-    int start = index - DftWindowShift(n);
+    // In 64 bits: a window length from a broken rate may be near the largest int.
+    int64_t start = int64_t(index) - DftWindowShift(n);
     if (start + n > segment.end)
-        start = segment.end - n;
+        start = int64_t(segment.end) - n;
     if (start < segment.first)
         start = segment.first;
     // One sample stays free at the end of the recording.
     if (start + n >= total)
         start = start - 1;
-    return start;
+    return static_cast<int>(std::clamp<int64_t>(start, INT_MIN, INT_MAX));
 }
 
 bool SegmentUsable(const RateSegment &segment)
 {
-    return segment.rate >= 500.0f && segment.end - segment.first + 1 > roundedCycle50(segment.rate);
+    return segment.rate >= 500.0f && int64_t(segment.end) - segment.first + 1 > roundedCycle50(segment.rate);
 }
 
 bool FindRateSegment(const CCmtd99File &file, int index, RateSegment &segment)
@@ -192,7 +214,7 @@ bool SegmentWindow(const CCmtd99File &file, float freq, int &index, int &n, int 
     n = PointsPerCycle(segment.rate, freq);
     step = DecimationStep(n);
     index = DftWindowStart(index, n, segment, file.loadedPoints);
-    if (segment.end - segment.first + 1 < n)
+    if (int64_t(segment.end) - segment.first + 1 < n)
         n = 0;
     return true;
 }
@@ -224,12 +246,14 @@ int LowRateMeanAt(const CCmtd99File &file, const RateSegment &segment, const CCh
     if (!chn)
         return NoValue;
     const int m = roundedCycle50(segment.rate);
-    int stop = index + m;
-    stop = std::min(stop, file.loadedPoints - 1);
-    stop = std::min(stop, segment.end - 1);
-    const int count = std::min(stop - index + 1, m);
+    int64_t stop = int64_t(index) + m;
+    stop = std::min<int64_t>(stop, file.loadedPoints - 1);
+    stop = std::min<int64_t>(stop, segment.end - 1);
+    const int count = static_cast<int>(std::min<int64_t>(stop - index + 1, m));
     // Where the window lies outside the samples there is no value to show.
     if (count < 1 || index < 0 || index + count > chn->sampleCount)
+        return NoValue;
+    if (touchesGap(chn->Values() + index, count))
         return NoValue;
     out = StridedMean(chn->Values() + index, count, 1);
     return MeanValue;
@@ -254,17 +278,17 @@ int BasePhasorAt(const CCmtd99File &file, const RateSegment *given, const CChnMa
         return code;
     }
     const int step = DecimationStep(n);
-    int stop = index + n;
+    int64_t stop = int64_t(index) + n;
     if (stop >= file.loadedPoints)
         stop = file.loadedPoints - 1;
     if (stop > segment.end)
         stop = segment.end;
     if (stop - segment.first < n)
         return NoValue;
-    index = stop - n;
+    index = static_cast<int>(stop - n);
     if (index < segment.first)
         index = segment.first;
-    if (index < 0 || index + n > chn->sampleCount)
+    if (index < 0 || index + n > chn->sampleCount || touchesGap(chn->Values() + index, n))
         return NoValue;
     out = DftPhasor(chn->Values() + index, n, 1, step);
     if (PhComp && chn->config && (chn->config->flags & CmtdChn_Analog::CompAngleGiven)) {
@@ -289,13 +313,13 @@ int RealEffectiveAt(const CCmtd99File &file, const RateSegment *given, const CCh
     if (!(f >= 1.0f))
         f = 50.0f;
     const int n = PointsPerCycle(segment.rate, f);
-    int stop = index + n;
-    stop = std::min(stop, file.loadedPoints - 1);
-    stop = std::min(stop, segment.end);
+    int64_t stop = int64_t(index) + n;
+    stop = std::min<int64_t>(stop, file.loadedPoints - 1);
+    stop = std::min<int64_t>(stop, segment.end);
     if (stop - segment.first < n)
         return NoValue;
-    const int start = std::max(stop - n, segment.first);
-    if (n < 1 || start < 0 || start + n > chn->sampleCount)
+    const int start = static_cast<int>(std::max<int64_t>(stop - n, segment.first));
+    if (n < 1 || start < 0 || start + n > chn->sampleCount || touchesGap(chn->Values() + start, n))
         return NoValue;
     out = CycleEffective(chn->Values() + start, n);
     return EffectiveValue;

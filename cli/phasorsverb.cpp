@@ -1,6 +1,7 @@
 #include "phasorsverb.h"
 
 #include "chntext.h"
+#include "cliargs.h"
 #include "cmtd99file.h"
 #include "cmtdtext.h"
 #include "cursorvalue.h"
@@ -48,7 +49,8 @@ int RunPhasors(int argc, char **argv)
         if (std::strcmp(arg, "--json") == 0) {
             continue;
         } else if (std::strcmp(arg, "--at") == 0 && hasValue) {
-            at = std::atoll(argv[++i]);
+            if (!ReadWholeOption("phasors", arg, argv[++i], at))
+                return 2;
         } else if (std::strcmp(arg, "--dft-method") == 0 && hasValue) {
             const int method = lookUp(argv[++i], methods, 4);
             if (method < 0) {

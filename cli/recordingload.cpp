@@ -25,9 +25,10 @@ int progressBar(void *, int code, int total, int current)
     return 0;
 }
 
-void printReason(const char *verb, const char *what, const LoadMessageList &messages)
+// The reason names the file, since the message names only the line.
+void printReason(const char *verb, const char *what, const char *path, const LoadMessageList &messages)
 {
-    std::fprintf(stderr, "veldrix-cli %s: %s%s%s\n", verb, what, messages.isEmpty() ? "" : ": ",
+    std::fprintf(stderr, "veldrix-cli %s: %s: %s%s%s\n", verb, what, path, messages.isEmpty() ? "" : ": ",
                  messages.isEmpty() ? "" : CmtdText(messages.first().text).toUtf8().constData());
 }
 
@@ -46,8 +47,10 @@ LoadOutcome LoadRecording(const char *verb, const char *path, CCmtd99File &file,
         return LoadOutcome::Missing;
     }
     if (!file.LoadFile(path)) {
-        printReason(verb, "recording refused",
-                    file.datMessages.isEmpty() ? file.cfgMessages : file.datMessages);
+        // A refused configuration says why in its own list; a refused check of the counts in the
+        // data list.
+        const LoadMessageList &reasons = file.datMessages.isEmpty() ? file.cfgMessages : file.datMessages;
+        printReason(verb, "recording refused", cff ? path : cfg.constData(), reasons);
         return LoadOutcome::Refused;
     }
     if (!withSamples)
@@ -61,7 +64,7 @@ LoadOutcome LoadRecording(const char *verb, const char *path, CCmtd99File &file,
         if (reasons.isEmpty())
             reasons.append(
                 LoadMessage{0, QByteArray::number(file.loadedPoints) + " usable samples in the data file"});
-        printReason(verb, "samples not loaded", reasons);
+        printReason(verb, "samples not loaded", path, reasons);
         return LoadOutcome::Refused;
     }
     return LoadOutcome::Usable;

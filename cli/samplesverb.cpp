@@ -1,9 +1,11 @@
 #include "samplesverb.h"
 
+#include "cliargs.h"
 #include "cmtd99file.h"
 #include "jsonwriter.h"
 #include "recordingload.h"
 
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -41,17 +43,21 @@ int RunSamples(int argc, char **argv)
         } else if (std::strcmp(arg, "--progress") == 0) {
             progress = true;
         } else if (std::strcmp(arg, "--from") == 0 && hasValue) {
-            from = std::atoll(argv[++i]);
+            if (!ReadWholeOption("samples", arg, argv[++i], from))
+                return 2;
         } else if (std::strcmp(arg, "--to") == 0 && hasValue) {
-            to = std::atoll(argv[++i]);
+            if (!ReadWholeOption("samples", arg, argv[++i], to))
+                return 2;
         } else if (std::strcmp(arg, "--channel") == 0 && hasValue) {
             const char *choice = argv[++i];
             const char kind = static_cast<char>(choice[0] & ~0x20);
-            if ((kind != 'A' && kind != 'D') || !choice[1]) {
+            long long index = 0;
+            if ((kind != 'A' && kind != 'D') || !ParseWhole(choice + 1, index) || index < INT_MIN ||
+                index > INT_MAX) {
                 std::fprintf(stderr, "veldrix-cli samples: a channel is A<n> or D<n>, not \"%s\"\n", choice);
                 return 2;
             }
-            chosen.push_back(ChannelChoice{kind, std::atoi(choice + 1)});
+            chosen.push_back(ChannelChoice{kind, static_cast<int>(index)});
         } else if (arg[0] == '-' && arg[1] == '-') {
             std::fprintf(stderr, "veldrix-cli samples: unknown or incomplete option %s\n", arg);
             return 2;

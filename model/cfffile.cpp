@@ -3,6 +3,9 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
+#include <cstring>
+
 namespace {
 
 struct Part
@@ -59,85 +62,223 @@ bool IsCffPath(const QByteArray &path)
     return path.toLower().endsWith(".cff");
 }
 
-bool SplitCff(const QByteArray &cffPath, const QByteArray &targetBase, QStringList &messages)
-{
-    QFile file(QString::fromLocal8Bit(cffPath));
-    if (!file.open(QIODevice::ReadOnly))
-        return false;
-    QByteArray bytes = file.readAll();
-    // A byte-order mark belongs to the file, not to its first section head.
-    if (bytes.startsWith("\xEF\xBB\xBF"))
-        bytes.remove(0, 3);
+namespace {
 
-    QList<Part> parts;
-    qsizetype pos = 0;
-    Part *open = nullptr;
-    while (pos < bytes.size()) {
-        qsizetype lineEnd = bytes.indexOf('\n', pos);
-        const qsizetype next = lineEnd < 0 ? bytes.size() : lineEnd + 1;
-        if (lineEnd < 0)
-            lineEnd = bytes.size();
+constexpr int kHeadLine = 4096; // a section head is short; longer lines are read in pieces
+
+// What a ".cff" data section says about itself, checked once its head has been read.
+bool acceptDataHead(const Part &head, qsizetype count, int64_t next, int64_t size, CffSection &dat,
+                    QStringList &messages, int64_t &skipTo)
+{
+    skipTo = -1;
+    dat.present = true;
+    dat.form = head.form;
+    dat.encoding = head.encoding.toLower();
+    dat.begin = next;
+    dat.end = size;
+    if (!head.encoding.isEmpty() && dat.encoding != "base64") {
+        messages << QStringLiteral("The data section is written as \"%1\", which is not read here")
+                        .arg(QString::fromLatin1(head.encoding));
+        dat.present = false;
+        return false;
+    }
+    if (!dat.encoding.isEmpty() || head.form == "ASCII" || head.form.isEmpty())
+        return true; // text: it ends at the next head
+    // Binary data is not made of lines: take its byte count as it stands.
+    if (count < 0) {
+        messages << QStringLiteral(
+            "The binary data section gives no byte count; the rest of the file is taken");
+        return false;
+    }
+    const int64_t held = size - next;
+    // Compared without adding: a byte count near the largest number would overflow.
+    if (count > held) {
+        messages << QStringLiteral("The binary data section is shorter than its byte count: %1 bytes, not %2")
+                        .arg(held)
+                        .arg(qint64(count));
+        count = held;
+    }
+    dat.end = next + count;
+    skipTo = dat.end;
+    return true;
+}
+
+CffSection *sectionOf(CffLayout &layout, const QByteArray &type)
+{
+    if (type == "CFG")
+        return &layout.cfg;
+    if (type == "INF")
+        return &layout.inf;
+    if (type == "HDR")
+        return &layout.hdr;
+    return nullptr;
+}
+
+} // namespace
+
+bool ReadCffLayout(const QByteArray &cffPath, CffLayout &layout, QStringList &messages)
+{
+    layout = CffLayout();
+    CDiskFile file;
+    bool notFile = false;
+    if (!file.OpenRegular(cffPath.constData(), &notFile)) {
+        if (notFile)
+            messages << QStringLiteral("%1 is not a regular file").arg(QString::fromLocal8Bit(cffPath));
+        return false;
+    }
+    const int64_t size = file.GetLength();
+    if (size < 0)
+        return false;
+    char line[kHeadLine];
+    int64_t pos = 0;
+    // A byte-order mark belongs to the file, not to its first section head.
+    if (file.Read(line, 3) && std::memcmp(line, "\xEF\xBB\xBF", 3) == 0)
+        pos = 3;
+    file.Seek(pos, SEEK_SET);
+    CffSection *open = nullptr;
+    bool atLineStart = true;
+    bool dataSeen = false;
+    while (pos < size) {
+        const int length = file.Gets(line, sizeof line);
+        if (length <= 0) {
+            // A zero byte at a line start: step over it.
+            if (file.Seek(pos + 1, SEEK_SET) < 0)
+                break;
+            ++pos;
+            atLineStart = false;
+            continue;
+        }
+        const int64_t next = file.Tell();
+        const bool wasStart = atLineStart;
+        atLineStart = line[length - 1] == '\n';
         Part head;
         qsizetype count = -1;
-        if (parseHead(bytes.mid(pos, lineEnd - pos), head, count)) {
-            if (open)
-                open->end = pos;
-            head.begin = next;
-            head.end = bytes.size();
-            parts.append(head);
-            open = &parts.last();
-            if (head.type == "DAT" && !head.encoding.isEmpty()) {
-                messages << QStringLiteral("The data section is written as \"%1\", which is not read here")
-                                .arg(QString::fromLatin1(head.encoding));
-                parts.removeLast();
-                open = nullptr;
-                break;
-            }
-            if (head.type == "DAT" && head.form != "ASCII" && !head.form.isEmpty()) {
-                // Binary data is not made of lines: take its byte count as it stands.
-                if (count < 0) {
-                    messages << QStringLiteral(
-                        "The binary data section gives no byte count; the rest of the file is taken");
-                    break;
-                }
-                // Compared without adding: a byte count near the largest number would overflow.
-                if (count > bytes.size() - next) {
-                    messages << QStringLiteral("The binary data section is shorter than its byte count");
-                    count = bytes.size() - next;
-                }
-                open->end = next + count;
-                open = nullptr;
-                pos = next + count;
-                continue;
-            }
+        if (!wasStart || !parseHead(QByteArray(line, length), head, count)) {
+            pos = next;
+            continue;
         }
+        if (open)
+            open->end = pos;
+        open = nullptr;
         pos = next;
+        if (head.type == "DAT") {
+            if (dataSeen)
+                continue; // the first data section is the recording's
+            dataSeen = true;
+            int64_t skipTo = -1;
+            const bool taken = acceptDataHead(head, count, next, size, layout.dat, messages, skipTo);
+            if (!taken)
+                break;
+            if (skipTo >= 0) {
+                pos = skipTo;
+                atLineStart = true;
+                if (file.Seek(pos, SEEK_SET) < 0)
+                    break;
+            } else {
+                open = &layout.dat;
+            }
+            continue;
+        }
+        CffSection *section = sectionOf(layout, head.type);
+        if (!section || section->present)
+            continue;
+        section->present = true;
+        section->begin = next;
+        section->end = size;
+        open = section;
     }
+    if (open)
+        open->end = std::max(open->begin, std::min(open->end, size));
 
-    bool haveConfig = false;
-    for (const Part &part : std::as_const(parts)) {
-        const QByteArray body = bytes.mid(part.begin, part.end - part.begin);
-        if (part.type == "CFG") {
-            haveConfig = writeFile(targetBase + ".cfg", body);
-        } else if (part.type == "INF" && !body.trimmed().isEmpty()) {
-            writeFile(targetBase + ".inf", body);
-        } else if (part.type == "HDR" && !body.trimmed().isEmpty()) {
-            writeFile(targetBase + ".hdr", body);
-        } else if (part.type == "DAT") {
-            if (!part.form.isEmpty() && part.form != "ASCII" && part.form != "BINARY" &&
-                part.form != "BINARY32" && part.form != "FLOAT32") {
-                messages
-                    << QStringLiteral(
-                           "The data section's form \"%1\" is not one of ASCII, BINARY, BINARY32, FLOAT32")
-                           .arg(QString::fromLatin1(part.form));
+    CffSection &dat = layout.dat;
+    if (dat.present && !dat.form.isEmpty() && dat.form != "ASCII" && dat.form != "BINARY" &&
+        dat.form != "BINARY32" && dat.form != "FLOAT32") {
+        messages << QStringLiteral(
+                        "The data section's form \"%1\" is not one of ASCII, BINARY, BINARY32, FLOAT32")
+                        .arg(QString::fromLatin1(dat.form));
+        dat.present = false;
+    }
+    if (!layout.cfg.present)
+        messages << QStringLiteral("No configuration section (\"--- file type: CFG ---\") in the file");
+    return layout.cfg.present;
+}
+
+namespace {
+
+// The value of a base64 character, -1 for one outside the alphabet, -2 for the padding.
+int base64Value(unsigned char c)
+{
+    if (c >= 'A' && c <= 'Z')
+        return c - 'A';
+    if (c >= 'a' && c <= 'z')
+        return c - 'a' + 26;
+    if (c >= '0' && c <= '9')
+        return c - '0' + 52;
+    if (c == '+' || c == '-')
+        return 62;
+    if (c == '/' || c == '_')
+        return 63;
+    return c == '=' ? -2 : -1;
+}
+
+} // namespace
+
+void CBase64Section::flushGroup()
+{
+    // A group cut short (by padding or by the end of the text) still gives its whole bytes.
+    if (m_quadCount >= 2) {
+        const uint32_t bits = m_quad << (6 * (4 - m_quadCount));
+        for (int k = 0; k < m_quadCount - 1; ++k)
+            m_spill.push_back(static_cast<unsigned char>(bits >> (16 - 8 * k)));
+    }
+    m_quad = 0;
+    m_quadCount = 0;
+}
+
+int CBase64Section::ReadSome(void *buffer, int size)
+{
+    if (!IsOpen())
+        return -1;
+    auto *out = static_cast<unsigned char *>(buffer);
+    int done = 0;
+    unsigned char text[4096];
+    while (done < size) {
+        if (m_spillAt < m_spill.size()) {
+            const size_t take = std::min(m_spill.size() - m_spillAt, static_cast<size_t>(size - done));
+            std::memcpy(out + done, m_spill.data() + m_spillAt, take);
+            m_spillAt += take;
+            done += static_cast<int>(take);
+            continue;
+        }
+        m_spill.clear();
+        m_spillAt = 0;
+        if (m_ended)
+            break;
+        const int got = CDiskSection::ReadSome(text, sizeof text);
+        if (got <= 0) {
+            m_ended = true;
+            flushGroup();
+            continue;
+        }
+        for (int i = 0; i < got; ++i) {
+            const int v = base64Value(text[i]);
+            if (v == -1)
+                continue;
+            if (v == -2) {
+                flushGroup();
                 continue;
             }
-            writeFile(targetBase + ".dat", body);
+            m_quad = (m_quad << 6) | static_cast<uint32_t>(v);
+            if (++m_quadCount == 4) {
+                m_spill.push_back(static_cast<unsigned char>(m_quad >> 16));
+                m_spill.push_back(static_cast<unsigned char>(m_quad >> 8));
+                m_spill.push_back(static_cast<unsigned char>(m_quad));
+                m_quad = 0;
+                m_quadCount = 0;
+            }
         }
     }
-    if (!haveConfig)
-        messages << QStringLiteral("No configuration section (\"--- file type: CFG ---\") in the file");
-    return haveConfig;
+    return done;
 }
 
 bool JoinCff(const QByteArray &base, const QByteArray &fileType, const QByteArray &cffPath)

@@ -8,9 +8,12 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
-#include <QTemporaryDir>
 
 #include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <cfloat>
+#include <cmath>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -37,12 +40,51 @@ void setText(QByteArray &target, uint32_t &flags, uint32_t bit, const char *fiel
     }
 }
 
+// A decimal number as a 32-bit float. Rubbish reads as 0 as with atof; so do "inf", "nan" and
+// numbers beyond what a float holds, which no recorder means (false for those).
+bool readFloat(const char *field, float &value)
+{
+    const double number = std::atof(field);
+    if (!std::isfinite(number) || std::fabs(number) > double(FLT_MAX)) {
+        value = 0.0f;
+        return false;
+    }
+    value = static_cast<float>(number);
+    return true;
+}
+
 void setFloat(float &target, uint32_t &flags, uint32_t bit, const char *field)
 {
     if (field && *field) {
-        target = static_cast<float>(std::atof(field));
+        readFloat(field, target);
         flags |= bit;
     }
+}
+
+// A whole number as atoi reads it (blanks, sign, digits; what follows is ignored; no digits
+// read as 0), but never wrapped: false when it does not fit 64 bits.
+bool wholeNumber(const char *text, long long &value)
+{
+    errno = 0;
+    char *end = nullptr;
+    value = std::strtoll(text, &end, 10);
+    if (errno == ERANGE)
+        return false;
+    if (end == text)
+        value = 0;
+    return true;
+}
+
+// The digits of a field as written, for a message about a number too large to hold.
+QByteArray numberText(const char *text)
+{
+    QByteArray digits = QByteArray(text).trimmed();
+    qsizetype n = 0;
+    while (n < digits.size() && (std::isdigit(static_cast<unsigned char>(digits[n])) ||
+                                 (n == 0 && (digits[n] == '-' || digits[n] == '+'))))
+        ++n;
+    digits.truncate(n);
+    return digits;
 }
 
 } // namespace
@@ -100,8 +142,8 @@ void CCmtd99File::AddDatMessage(const QByteArray &text)
 void CCmtd99File::ClearAll()
 {
     validationMask = 0;
-    cffFolder.reset();
-    cffBase.clear();
+    cffPath.clear();
+    cffLayout = CffLayout();
     infSectionsSeen = 0;
     infVersion = 0;
     cursor = Cursor();
@@ -130,22 +172,9 @@ void CCmtd99File::ClearAll()
 bool CCmtd99File::LoadFile(const char *path)
 {
     ClearAll();
-    QByteArray base = CmtdBasePath(path);
-    if (IsCffPath(QByteArray(path))) {
-        // The single-file form is taken apart into its files in a folder of its own, which
-        // lives as long as this recording.
-        cffFolder = std::make_shared<QTemporaryDir>();
-        if (!cffFolder->isValid())
-            return false;
-        cffBase = QFile::encodeName(cffFolder->filePath(QFileInfo(QString::fromLocal8Bit(base)).fileName()));
-        QStringList notes;
-        const bool split = SplitCff(QByteArray(path), cffBase, notes);
-        for (const QString &note : std::as_const(notes))
-            AddCfgMessage(note.toLocal8Bit());
-        if (!split)
-            return false;
-        base = cffBase;
-    }
+    const QByteArray base = CmtdBasePath(path);
+    if (IsCffPath(QByteArray(path)))
+        return LoadCffFile(QByteArray(path));
     infVersion = static_cast<int16_t>(ReadInfVersion(CmtdSiblingPath(base, ".inf").constData()));
     if (infVersion >= 2) {
         // A complete extension file of this version repeats every field of the ".cfg" and
@@ -158,9 +187,47 @@ bool CCmtd99File::LoadFile(const char *path)
     if (!codecOverride.isEmpty()) {
         codecName = codecOverride;
     } else {
-        QFile cfg(QString::fromLocal8Bit(CmtdSiblingPath(base, ".cfg")));
-        codecName = cfg.open(QIODevice::ReadOnly) ? DetectTextCodec(cfg.read(1 << 20), PreferredTextCodec())
-                                                  : QByteArrayLiteral("UTF-8");
+        CDiskFile cfg;
+        codecName = cfg.OpenRegular(CmtdSiblingPath(base, ".cfg").constData()) ? DetectCodecOf(cfg)
+                                                                               : QByteArrayLiteral("UTF-8");
+    }
+    validationMask = Validate();
+    return validationMask == 0;
+}
+
+QByteArray CCmtd99File::DetectCodecOf(CDiskFile &file)
+{
+    QByteArray head(1 << 20, Qt::Uninitialized);
+    const int got = file.ReadSome(head.data(), static_cast<int>(head.size()));
+    head.resize(std::max(got, 0));
+    return DetectTextCodec(head, PreferredTextCodec());
+}
+
+bool CCmtd99File::LoadCffFile(const QByteArray &path)
+{
+    // The single-file form is read in place: each reader gets the stretch of its section.
+    QStringList notes;
+    const bool found = ReadCffLayout(path, cffLayout, notes);
+    for (const QString &note : std::as_const(notes))
+        AddCfgMessage(note.toLocal8Bit());
+    if (!found)
+        return false;
+    cffPath = path;
+    const CffSection &cfgPart = cffLayout.cfg;
+    if (cffLayout.inf.present)
+        infVersion = static_cast<int16_t>(ReadInfVersion(path.constData()));
+    CDiskSection cfg;
+    if (!cfg.OpenSection(path.constData(), cfgPart.begin, cfgPart.length()))
+        return false;
+    if (LoadCfgFrom(cfg) != ReadDone && infVersion < 2)
+        return false;
+    if (!codecOverride.isEmpty()) {
+        codecName = codecOverride;
+    } else {
+        CDiskSection again;
+        codecName = again.OpenSection(path.constData(), cfgPart.begin, cfgPart.length())
+                        ? DetectCodecOf(again)
+                        : QByteArrayLiteral("UTF-8");
     }
     validationMask = Validate();
     return validationMask == 0;
@@ -173,10 +240,19 @@ QString CCmtd99File::Text(const QByteArray &bytes) const
 
 int CCmtd99File::ReadInfVersion(const char *path)
 {
-    const QByteArray infPath = CmtdSiblingPath(CmtdBasePath(path), ".inf");
-    CDiskFile file;
-    if (!file.Open(infPath.constData(), "r"))
+    CDiskSection section;
+    CDiskFile plain;
+    CDiskFile *opened = nullptr;
+    if (IsCffPath(QByteArray(path))) {
+        const CffSection &inf = cffLayout.inf;
+        if (inf.present && section.OpenSection(path, inf.begin, inf.length()))
+            opened = &section;
+    } else if (plain.OpenRegular(CmtdSiblingPath(CmtdBasePath(path), ".inf").constData())) {
+        opened = &plain;
+    }
+    if (!opened)
         return 0;
+    CDiskFile &file = *opened;
     char buffer[1024];
     int counter = 0;
     char *key = nullptr;
@@ -299,8 +375,18 @@ int CCmtd99File::LoadCfg(const char *path)
 {
     cursor = Cursor();
     CDiskFile file;
-    if (!file.Open(path, "r"))
+    bool notFile = false;
+    if (!file.OpenRegular(path, &notFile)) {
+        if (notFile)
+            AddCfgMessage(CmtdMessage("%s is not a regular file", path));
         return ReadRefused;
+    }
+    return LoadCfgFrom(file);
+}
+
+int CCmtd99File::LoadCfgFrom(CDiskFile &file)
+{
+    cursor = Cursor();
 
     std::unique_ptr<char[]> buffer(new (std::nothrow) char[kCfgLineSize]);
     if (!buffer)
@@ -350,10 +436,24 @@ int CCmtd99File::LoadCfg(const char *path)
     }
     ToUpperAscii(fields[1]);
     ToUpperAscii(fields[2]);
-    const int total = std::atoi(fields[0]);
-    int analogs = std::atoi(fields[1]);
-    int statuses = std::atoi(fields[2]);
-    if (std::strchr(fields[1], 'D'))
+    // Each count must fit what the reader holds (16 bits); a larger one is refused as written,
+    // never wrapped into a small one.
+    const bool statusFirst = std::strchr(fields[1], 'D') != nullptr;
+    static const char *const kCountNames[3] = {"channels", "analog channels", "status channels"};
+    long long counts[3] = {};
+    for (int i = 0; i < 3; ++i) {
+        const bool fits = wholeNumber(fields[i], counts[i]);
+        if (!fits || counts[i] > INT16_MAX || counts[i] < INT16_MIN) {
+            const int kind = i == 0 ? 0 : ((i == 1) != statusFirst ? 1 : 2);
+            AddCfgMessage(CmtdMessage("line %d: %s %s is out of range", cursor.line,
+                                      numberText(fields[i]).constData(), kCountNames[kind]));
+            return ReadRefused;
+        }
+    }
+    const int total = static_cast<int>(counts[0]);
+    int analogs = static_cast<int>(counts[1]);
+    int statuses = static_cast<int>(counts[2]);
+    if (statusFirst)
         std::swap(analogs, statuses);
     if (total < 1 || analogs < 0 || statuses < 0 || total > INT16_MAX || analogs > INT16_MAX ||
         statuses > INT16_MAX || analogs + statuses != total) {
@@ -385,7 +485,7 @@ int CCmtd99File::LoadCfg(const char *path)
     // lf
     if (!nextLine())
         return ReadDone;
-    desc.lineFreq = static_cast<float>(std::atof(line));
+    readFloat(line, desc.lineFreq);
     if (desc.lineFreq > 0.0f)
         desc.flags |= CmtdFileDescription::LineFreqGiven;
     else
@@ -394,13 +494,32 @@ int CCmtd99File::LoadCfg(const char *path)
     // nrates, then its segment lines (one line when nrates is 0)
     if (!nextLine())
         return ReadDone;
-    const int rates = std::atoi(line);
+    long long rateNumber = 0;
+    if (!wholeNumber(line, rateNumber) || rateNumber > INT16_MAX || rateNumber < INT16_MIN) {
+        // One line per rate follows; a count beyond what the reader holds would swallow the
+        // rest of the file as rates.
+        AddCfgMessage(CmtdMessage("line %d: %s sampling rates is out of range", cursor.line,
+                                  numberText(line).constData()));
+        return ReadRefused;
+    }
+    const int rates = static_cast<int>(rateNumber);
     desc.rateCount = static_cast<int16_t>(rates);
     if (rates >= 0)
         desc.flags |= CmtdFileDescription::RateCountGiven;
     else
         AddCfgMessage(CmtdMessage("Invalid [sampling segments num.]! [%s]", line));
     const int segmentLines = rates == 0 ? 1 : (rates > 0 ? rates : 0);
+    // The last sample of a segment. One beyond what a recording holds is no count to refuse:
+    // the data file decides how many samples there are, so it is held at the largest.
+    auto readEndSample = [&](const char *field) -> int32_t {
+        long long number = 0;
+        if (wholeNumber(field, number) && number <= INT32_MAX && number >= INT32_MIN)
+            return static_cast<int32_t>(number);
+        AddCfgMessage(CmtdMessage("line %d: end sample %s is beyond what a recording holds; the samples of "
+                                  "the data file are read",
+                                  cursor.line, numberText(field).constData()));
+        return number < 0 ? 0 : INT32_MAX;
+    };
     for (int i = 0; i < segmentLines; ++i) {
         if (!nextLine())
             return ReadDone;
@@ -410,9 +529,9 @@ int CCmtd99File::LoadCfg(const char *path)
             AddCfgMessage(CmtdMessage("Lossing parameters of [sampling segment %d]! (&lt;2)", ordinal));
         SampleSegment segment;
         segment.index = static_cast<int16_t>(ordinal);
-        segment.rate = static_cast<float>(std::atof(fields[0]));
-        segment.end = count >= 2 ? static_cast<int32_t>(std::atol(fields[1])) : 0;
-        if (segment.rate < 0.0f)
+        const bool rateHeld = readFloat(fields[0], segment.rate);
+        segment.end = count >= 2 ? readEndSample(fields[1]) : 0;
+        if (segment.rate < 0.0f || !rateHeld)
             AddCfgMessage(
                 CmtdMessage("Invalid Sampling-Rate of [sampling segment %d]! [%s]", ordinal, fields[0]));
         if (segment.end < 5)
@@ -460,7 +579,7 @@ int CCmtd99File::LoadCfg(const char *path)
         return ReadDone;
     if (!nextLine())
         return ReadDone;
-    desc.timeMult = static_cast<float>(std::atof(line));
+    readFloat(line, desc.timeMult);
     if (desc.timeMult > 0.0f)
         desc.flags |= CmtdFileDescription::TimeMultGiven;
     else

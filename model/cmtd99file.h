@@ -1,12 +1,11 @@
 #pragma once
 
+#include "cfffile.h"
 #include "chnmap.h"
 #include "cmtdchannel.h"
 #include "cmtdtypes.h"
 
 #include <QByteArray>
-
-class QTemporaryDir;
 
 #include <cstdint>
 #include <memory>
@@ -79,6 +78,8 @@ public:
     bool LoadFile(const char *path);
     // Reads a ".cfg" into the description and the channel records.
     int LoadCfg(const char *path);
+    // The same from an open file (a ".cfg", or the configuration section of a ".cff").
+    int LoadCfgFrom(CDiskFile &file);
     // The number behind the version tag of an extension file, 0 if none.
     int ReadInfVersion(const char *path);
     // Checks the counts, builds the effective segments; 0 means usable.
@@ -138,9 +139,9 @@ public:
     // the engineer chose one (`codecOverride`, kept across loads).
     QByteArray codecName;
     QByteArray codecOverride;
-    // A ".cff" recording is read from its parts, taken apart into a folder of their own.
-    std::shared_ptr<QTemporaryDir> cffFolder;
-    QByteArray cffBase;
+    // A ".cff" recording is read in place: its path and where its sections lie in it.
+    QByteArray cffPath;
+    CffLayout cffLayout;
     QString Text(const QByteArray &bytes) const;
     CmtdFileDescription fileDesc;
     std::vector<std::unique_ptr<CmtdChn_Analog>> analogChannels;
@@ -153,7 +154,14 @@ protected:
 private:
     friend class CDatLoader;
     void BuildEffectiveSegments();
+    bool LoadCffFile(const QByteArray &path);
+    static QByteArray DetectCodecOf(CDiskFile &file);
     bool MergeDatParts(const QByteArray &base, const QByteArray &datPath);
+    // Opens the samples' source: the ".dat" (joined from its parts where needed) or the data
+    // section of a ".cff". Null with a message when there is none.
+    std::unique_ptr<CDiskFile> OpenDataSource(const char *path);
+    // One store per channel, each for `capacity` samples.
+    bool BuildStores(int capacity);
     bool ReadAnalogLine(char *fields[], int count, int &result);
     bool ReadStatusLine(char *fields[], int count, int &result);
 };

@@ -10,10 +10,12 @@
 
 #include <algorithm>
 #include <bit>
+#include <cfloat>
 #include <climits>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <new>
 
@@ -57,6 +59,27 @@ inline void putInt16(unsigned char *p, int value)
     p[1] = static_cast<unsigned char>(v >> 8);
 }
 
+// A time in microseconds from a double, held where later sums of two of them cannot overflow
+// (2^60 µs is some 36,000 years; no recording gets near it, only a broken multiplier or rate).
+int64_t heldMicroseconds(double value)
+{
+    constexpr double kLimit = double(int64_t(1) << 60);
+    if (!(value > -kLimit))
+        return value != value ? 0 : -(int64_t(1) << 60);
+    if (!(value < kLimit))
+        return int64_t(1) << 60;
+    return static_cast<int64_t>(value);
+}
+
+// A scaled sample as a 32-bit float: beyond the float's range it is an infinity of its sign
+// rather than an undefined conversion.
+inline float heldFloat(double value)
+{
+    if (std::fabs(value) <= double(FLT_MAX))
+        return static_cast<float>(value);
+    return value > 0.0 ? HUGE_VALF : (value < 0.0 ? -HUGE_VALF : std::numeric_limits<float>::quiet_NaN());
+}
+
 bool fileExists(const QByteArray &path)
 {
     return QFileInfo(QString::fromLocal8Bit(path)).isFile();
@@ -84,10 +107,11 @@ public:
     CDatLoader(CCmtd99File &file, ProgressFn fn, void *context) : m_file(file), m_fn(fn), m_context(context)
     {}
 
-    bool prepare();
+    // `capacity`: the samples that the stores hold, no more than the data file can.
+    bool prepare(int capacity);
     // `width` 2 for 16-bit values, 4 for 32-bit integers or (`floats`) IEEE floats.
-    int loadBinary(const char *path, int width = 2, bool floats = false);
-    int loadAscii(const char *path);
+    int loadBinary(CDiskFile &dat, int width = 2, bool floats = false);
+    int loadAscii(CDiskFile &dat);
 
 private:
     enum Mode
@@ -103,6 +127,7 @@ private:
     bool cancelled();
     void report(int done);
     bool tooLong();
+    bool full(int n) const { return n >= m_capacity; }
     void takeTime(int n, int32_t stamp);
     void decideMode();
     void convert(int n);
@@ -111,13 +136,14 @@ private:
     void takeAnalogRun(int c, const unsigned char *first, int stride, int n0, int count, int width,
                        bool floats);
     void takeStatusWords(const unsigned char *status, int words, int statuses, int n, uint16_t *lastWords);
+    void takeAsciiValue(int c, int n, const char *field);
     void storeExtremes();
     void finish();
 
     int64_t scaled(int64_t stamp) const
     {
         const double value = double(stamp) * double(m_file.fileDesc.timeMult);
-        return static_cast<int64_t>(std::round(value));
+        return heldMicroseconds(std::round(value));
     }
 
     CCmtd99File &m_file;
@@ -125,6 +151,10 @@ private:
     void *m_context;
     int m_step = INT_MAX;
     int m_countdown = INT_MAX;
+    int m_capacity = 0;
+    // A 2013 recording marks a missing value (the most negative integer, a NaN float, an
+    // empty ASCII field); those samples are gaps, not readings.
+    bool m_gaps = false;
 
     // Per channel, prepared before the loop so that nothing is looked up per sample.
     std::vector<float *> m_values;
@@ -147,9 +177,11 @@ private:
     std::vector<SampleSegment> m_derived;
 };
 
-bool CDatLoader::prepare()
+bool CDatLoader::prepare(int capacity)
 {
     const int count = m_file.pointCount;
+    m_capacity = capacity;
+    m_gaps = m_file.fileDesc.is2013();
     for (const auto &map : m_file.analogMaps) {
         m_values.push_back(map->Values());
         m_gain.push_back(map->gain);
@@ -166,7 +198,7 @@ bool CDatLoader::prepare()
 
 int CDatLoader::startProgress()
 {
-    m_step = m_fn ? m_fn(m_context, 8, m_file.pointCount, 0) : INT_MAX;
+    m_step = m_fn ? m_fn(m_context, 8, m_capacity, 0) : INT_MAX;
     if (m_step < 1)
         m_step = 1; // a step of 0 would divide by zero; the caller must give a positive one
     m_countdown = m_step;
@@ -189,7 +221,7 @@ void CDatLoader::report(int done)
         return;
     m_countdown = m_step;
     if (m_fn)
-        m_fn(m_context, 10, m_file.pointCount, done);
+        m_fn(m_context, 10, m_capacity, done);
 }
 
 bool CDatLoader::tooLong()
@@ -251,13 +283,19 @@ void CDatLoader::convert(int n)
         break;
     case ModeRates: {
         const std::vector<SampleSegment> &segments = m_file.segments;
-        if (m_segment < segments.size() && n >= segments[m_segment].end && m_segment + 1 < segments.size()) {
-            m_base = times[n - 1] + static_cast<int64_t>(1000000.0 / double(segments[m_segment].rate) + 0.5);
+        // A segment that ends at or before the first sample (an end of 0 in a broken
+        // description) has no sample before it to count on from.
+        if (n > 0 && m_segment < segments.size() && n >= segments[m_segment].end &&
+            m_segment + 1 < segments.size()) {
+            m_base = times[n - 1] + heldMicroseconds(1000000.0 / double(segments[m_segment].rate) + 0.5);
             m_segStart = n;
             ++m_segment;
         }
         const double period = 1000000.0 / double(segments[m_segment].rate);
-        times[n] = m_base + static_cast<int64_t>(period * (n - m_segStart) + 0.5);
+        // Both parts are held to 2^60, so their sum cannot overflow; it is held again.
+        const int64_t limit = int64_t(1) << 60;
+        times[n] =
+            std::clamp<int64_t>(m_base + heldMicroseconds(period * (n - m_segStart) + 0.5), -limit, limit);
         break;
     }
     case ModeDerived: {
@@ -314,9 +352,13 @@ void CDatLoader::takeAnalogRun(int c, const unsigned char *first, int stride, in
     float high = m_max[c];
     float low = m_min[c];
     float *out = m_values[c] + n0;
+    constexpr float kGap = std::numeric_limits<float>::quiet_NaN();
     auto take = [&](int r, double raw) {
-        const auto v = static_cast<float>(raw * gain + offset);
+        const float v = heldFloat(raw * gain + offset);
         out[r] = v;
+        // Values beyond the float's range stay in the store but not in the extremes.
+        if (!std::isfinite(v))
+            return;
         if (v > high)
             high = v;
         else if (v < low)
@@ -324,17 +366,31 @@ void CDatLoader::takeAnalogRun(int c, const unsigned char *first, int stride, in
     };
     // One loop per value type, so that the type is not asked per sample.
     if (width == 2) {
-        for (int r = 0; r < count; ++r, first += stride)
-            take(r, readInt16(first));
+        for (int r = 0; r < count; ++r, first += stride) {
+            const int16_t raw = readInt16(first);
+            if (m_gaps && raw == INT16_MIN)
+                out[r] = kGap;
+            else
+                take(r, raw);
+        }
     } else if (!floats) {
-        for (int r = 0; r < count; ++r, first += stride)
-            take(r, readInt32(first));
+        for (int r = 0; r < count; ++r, first += stride) {
+            const int32_t raw = readInt32(first);
+            if (m_gaps && raw == INT32_MIN)
+                out[r] = kGap;
+            else
+                take(r, raw);
+        }
     } else {
         for (int r = 0; r < count; ++r, first += stride) {
             const uint32_t bits = static_cast<uint32_t>(readInt32(first));
             float value;
             std::memcpy(&value, &bits, sizeof value);
-            take(r, value);
+            // FLOAT32 exists in 2013 recordings only, where a NaN marks a missing value.
+            if (std::isnan(value))
+                out[r] = kGap;
+            else
+                take(r, value);
         }
     }
     m_max[c] = high;
@@ -364,6 +420,27 @@ void CDatLoader::takeStatusWords(const unsigned char *status, int words, int sta
     }
 }
 
+void CDatLoader::takeAsciiValue(int c, int n, const char *field)
+{
+    if (m_gaps) {
+        const char *p = field;
+        while (*p == ' ' || *p == '\t' || *p == '\r')
+            ++p;
+        if (!*p) {
+            m_values[c][n] = std::numeric_limits<float>::quiet_NaN(); // an empty field is a gap
+            return;
+        }
+    }
+    const float v = heldFloat(std::atoi(field) * m_gain[c] + m_offset[c]);
+    m_values[c][n] = v;
+    if (!std::isfinite(v))
+        return;
+    if (v > m_max[c])
+        m_max[c] = v;
+    else if (v < m_min[c])
+        m_min[c] = v;
+}
+
 void CDatLoader::storeExtremes()
 {
     for (size_t c = 0; c < m_file.analogMaps.size(); ++c) {
@@ -388,7 +465,7 @@ void CDatLoader::finish()
     m_file.BuildScaleGroups();
 }
 
-int CDatLoader::loadBinary(const char *path, int width, bool floats)
+int CDatLoader::loadBinary(CDiskFile &dat, int width, bool floats)
 {
     CCmtd99File &file = m_file;
     const int analogs = static_cast<int>(file.analogMaps.size());
@@ -396,7 +473,7 @@ int CDatLoader::loadBinary(const char *path, int width, bool floats)
     const int words = (statuses + 15) / 16;
     const int recordSize = 8 + analogs * width + words * 2;
 
-    int64_t blockSize = std::min<int64_t>(kMaxBlock, int64_t(file.pointCount) * recordSize);
+    int64_t blockSize = std::min<int64_t>(kMaxBlock, int64_t(std::max(m_capacity, 1)) * recordSize);
     std::unique_ptr<unsigned char[]> block;
     while (blockSize >= recordSize) {
         block.reset(new (std::nothrow) unsigned char[static_cast<size_t>(blockSize)]);
@@ -410,11 +487,6 @@ int CDatLoader::loadBinary(const char *path, int width, bool floats)
     }
     blockSize = blockSize / recordSize * recordSize;
 
-    CDiskFile dat;
-    if (!dat.Open(path, "rb")) {
-        file.AddDatMessage(CmtdMessage("Failed to open (.DAT) file!"));
-        return 0;
-    }
     startProgress();
     const int statusOffset = 8 + analogs * width;
     std::vector<uint16_t> lastWords(static_cast<size_t>(words), 0);
@@ -434,7 +506,7 @@ int CDatLoader::loadBinary(const char *path, int width, bool floats)
             for (int r = 0; r < count; ++r) {
                 const int n = n0 + r;
                 report(n);
-                if (n >= file.pointCount) {
+                if (full(n)) {
                     usable = r;
                     break;
                 }
@@ -446,11 +518,15 @@ int CDatLoader::loadBinary(const char *path, int width, bool floats)
                 takeAnalogRun(c, run + 8 + width * c, recordSize, n0, usable, width, floats);
             file.loadedPoints = n0 + usable;
             if (usable < count) {
+                if (m_capacity < file.pointCount)
+                    break; // the file grew while it was read: the stores hold what it had
                 tooLong();
                 storeExtremes();
                 return file.loadedPoints; // the closing step is left to the caller's job
             }
         }
+        if (full(file.loadedPoints) && m_capacity < file.pointCount)
+            break;
         if (got < blockSize) {
             // Recorders pad the file (a DOS end-of-file byte, a half record); a 2013 recording
             // says so in its messages.
@@ -465,7 +541,7 @@ int CDatLoader::loadBinary(const char *path, int width, bool floats)
     return file.loadedPoints;
 }
 
-int CDatLoader::loadAscii(const char *path)
+int CDatLoader::loadAscii(CDiskFile &dat)
 {
     CCmtd99File &file = m_file;
     const int analogs = static_cast<int>(file.analogMaps.size());
@@ -479,11 +555,6 @@ int CDatLoader::loadAscii(const char *path)
         file.AddDatMessage(CmtdMessage("Memory is not enough to load [DAT] file!"));
         return 0;
     }
-    CDiskFile dat;
-    if (!dat.Open(path, "rb")) {
-        file.AddDatMessage(CmtdMessage("Failed to open (.DAT) file!"));
-        return 0;
-    }
     startProgress();
     int counter = 0;
     char *text = nullptr;
@@ -491,7 +562,7 @@ int CDatLoader::loadAscii(const char *path)
         const int n = file.loadedPoints;
         if (n % m_step == m_step - 1) {
             if (m_fn)
-                m_fn(m_context, 10, file.pointCount, n);
+                m_fn(m_context, 10, m_capacity, n);
             if (cancelled())
                 break;
         }
@@ -503,19 +574,16 @@ int CDatLoader::loadAscii(const char *path)
         const int count = SplitFields(text, fields.get(), total + 6, ',');
         if (count < needed)
             continue;
-        if (tooLong()) {
+        if (full(n)) {
+            if (m_capacity < file.pointCount)
+                break; // the file grew while it was read: the stores hold what it had
+            tooLong();
             storeExtremes();
             return file.loadedPoints;
         }
         takeTime(n, std::atoi(fields[1]));
-        for (int c = 0; c < analogs; ++c) {
-            const auto v = static_cast<float>(std::atoi(fields[2 + c]) * m_gain[c] + m_offset[c]);
-            m_values[c][n] = v;
-            if (v > m_max[c])
-                m_max[c] = v;
-            else if (v < m_min[c])
-                m_min[c] = v;
-        }
+        for (int c = 0; c < analogs; ++c)
+            takeAsciiValue(c, n, fields[2 + c]);
         for (int c = 0; c < statuses; ++c)
             takeStatus(c, n, std::atoi(fields[2 + analogs + c]) & 1);
         ++file.loadedPoints;
@@ -556,6 +624,41 @@ bool CCmtd99File::MergeDatParts(const QByteArray &base, const QByteArray &datPat
     return true;
 }
 
+std::unique_ptr<CDiskFile> CCmtd99File::OpenDataSource(const char *path)
+{
+    if (!cffPath.isEmpty()) {
+        const CffSection &dat = cffLayout.dat;
+        if (!dat.present) {
+            AddDatMessage(CmtdMessage("The recording holds no data section"));
+            return nullptr;
+        }
+        std::unique_ptr<CDiskSection> section(dat.encoding == "base64" ? new CBase64Section
+                                                                       : new CDiskSection);
+        if (!section->OpenSection(cffPath.constData(), dat.begin, dat.length())) {
+            AddDatMessage(CmtdMessage("Failed to open (.DAT) file!"));
+            return nullptr;
+        }
+        return section;
+    }
+    const QByteArray base = CmtdBasePath(path);
+    QByteArray datPath = CmtdSiblingPath(base, ".dat");
+    if (!fileExists(datPath)) {
+        datPath = base + ".dat";
+        if (!MergeDatParts(base, datPath)) {
+            AddDatMessage(CmtdMessage("(.dat) file not exist!"));
+            return nullptr;
+        }
+    }
+    auto file = std::make_unique<CDiskFile>();
+    bool notFile = false;
+    if (!file->OpenRegular(datPath.constData(), &notFile)) {
+        AddDatMessage(notFile ? CmtdMessage("%s is not a regular file", datPath.constData())
+                              : CmtdMessage("Failed to open (.DAT) file!"));
+        return nullptr;
+    }
+    return file;
+}
+
 bool CCmtd99File::LoadDat(const char *path, ProgressFn fn, void *context)
 {
     loadedPoints = 0;
@@ -563,15 +666,9 @@ bool CCmtd99File::LoadDat(const char *path, ProgressFn fn, void *context)
         AddDatMessage(CmtdMessage("Invalid [sampling-points number] int config file!"));
         return false;
     }
-    const QByteArray base = cffBase.isEmpty() ? CmtdBasePath(path) : cffBase;
-    QByteArray datPath = CmtdSiblingPath(base, ".dat");
-    if (!fileExists(datPath)) {
-        datPath = base + ".dat";
-        if (!MergeDatParts(base, datPath)) {
-            AddDatMessage(CmtdMessage("(.dat) file not exist!"));
-            return false;
-        }
-    }
+    std::unique_ptr<CDiskFile> source = OpenDataSource(path);
+    if (!source)
+        return false;
 
     bool binary = false;
     int width = 2;
@@ -586,45 +683,37 @@ bool CCmtd99File::LoadDat(const char *path, ProgressFn fn, void *context)
         width = 4;
         floats = true;
     } else if (qstricmp(fileDesc.fileType.constData(), "ASCII") != 0) {
-        // The type line lies or is missing: a binary file starts with sample number 1.
-        CDiskFile probe;
-        if (!probe.Open(datPath.constData(), "rb")) {
-            AddDatMessage(CmtdMessage("Failed to open (.DAT) file!"));
+        // The type line lies or is missing: a binary file starts with sample number 1. The
+        // probe reads from a source of its own, so the loader starts at the beginning.
+        std::unique_ptr<CDiskFile> probe = OpenDataSource(path);
+        if (!probe)
             return false;
-        }
         unsigned char head[4] = {};
-        binary = probe.Read(head, 4) && readInt32(head) == 1;
+        binary = probe->Read(head, 4) && readInt32(head) == 1;
     }
 
+    // The stores hold what the file can hold, never more than promised: a header that
+    // promises two thousand million samples over a few hundred bytes costs those bytes.
+    const int64_t bytes = std::max<int64_t>(source->GetLength(), 0);
+    const int64_t analogs = static_cast<int64_t>(analogChannels.size());
+    const int64_t statuses = static_cast<int64_t>(statusChannels.size());
+    const int64_t recordSize = 8 + analogs * width + (statuses + 15) / 16 * 2;
+    // An ASCII sample line has at least a character per field and its line end.
+    const int64_t held = binary ? bytes / recordSize : bytes / (fileDesc.totalChannels + 2) + 1;
+    const int capacity = static_cast<int>(std::min<int64_t>(held, pointCount));
+
     std::free(sampleTimes);
-    sampleTimes = static_cast<int64_t *>(AllocateSamples(static_cast<size_t>(pointCount), sizeof(int64_t)));
+    sampleTimes = static_cast<int64_t *>(AllocateSamples(static_cast<size_t>(capacity), sizeof(int64_t)));
     if (!sampleTimes) {
         AddDatMessage(CmtdMessage("Memory is not enough to load [DAT] file!"));
         return false;
     }
-    analogMaps.clear();
-    statusMaps.clear();
-    for (const auto &channel : analogChannels) {
-        auto map = std::unique_ptr<CChnMapAnalog>(new (std::nothrow) CChnMapAnalog(channel.get()));
-        if (!map || !map->allocate(pointCount)) {
-            AddDatMessage(CmtdMessage("Memory is not enough to load [DAT] file!"));
-            return false;
-        }
-        analogMaps.push_back(std::move(map));
-    }
-    for (const auto &channel : statusChannels) {
-        auto map = std::unique_ptr<CChnMapStatus>(new (std::nothrow) CChnMapStatus(channel.get()));
-        if (!map || !map->allocate(pointCount)) {
-            AddDatMessage(CmtdMessage("Memory is not enough to load [DAT] file!"));
-            return false;
-        }
-        statusMaps.push_back(std::move(map));
-    }
+    if (!BuildStores(capacity))
+        return false;
 
     CDatLoader loader(*this, fn, context);
-    loader.prepare();
-    loadedPoints = binary ? loader.loadBinary(datPath.constData(), width, floats)
-                          : loader.loadAscii(datPath.constData());
+    loader.prepare(capacity);
+    loadedPoints = binary ? loader.loadBinary(*source, width, floats) : loader.loadAscii(*source);
 
     if (loadedPoints >= 5) {
         // A file shorter than promised is no error: the segments end where the samples end.
@@ -639,6 +728,29 @@ bool CCmtd99File::LoadDat(const char *path, ProgressFn fn, void *context)
     for (const auto &map : statusMaps)
         map->BuildChangeList(loadedPoints);
     return loadedPoints >= 5;
+}
+
+bool CCmtd99File::BuildStores(int capacity)
+{
+    analogMaps.clear();
+    statusMaps.clear();
+    for (const auto &channel : analogChannels) {
+        auto map = std::unique_ptr<CChnMapAnalog>(new (std::nothrow) CChnMapAnalog(channel.get()));
+        if (!map || !map->allocate(capacity)) {
+            AddDatMessage(CmtdMessage("Memory is not enough to load [DAT] file!"));
+            return false;
+        }
+        analogMaps.push_back(std::move(map));
+    }
+    for (const auto &channel : statusChannels) {
+        auto map = std::unique_ptr<CChnMapStatus>(new (std::nothrow) CChnMapStatus(channel.get()));
+        if (!map || !map->allocate(capacity)) {
+            AddDatMessage(CmtdMessage("Memory is not enough to load [DAT] file!"));
+            return false;
+        }
+        statusMaps.push_back(std::move(map));
+    }
+    return true;
 }
 
 void CCmtd99File::BuildScaleGroups()

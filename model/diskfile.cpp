@@ -1,7 +1,12 @@
 #include "diskfile.h"
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstring>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 constexpr int kPiece = 1 << 20; // largest single transfer
@@ -138,6 +143,36 @@ bool CDiskFile::Open(const char *path, const char *mode)
     return file != nullptr;
 }
 
+bool CDiskFile::OpenRegular(const char *path, bool *notFile)
+{
+    Close();
+    if (notFile)
+        *notFile = false;
+    if (!path)
+        return false;
+    // Non-blocking, so that opening a pipe with no writer returns at once; the type is checked
+    // on the open descriptor, so a name swapped in between cannot slip through.
+    const int fd = ::open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0)
+        return false;
+    struct stat info;
+    if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode)) {
+        if (notFile)
+            *notFile = true;
+        ::close(fd);
+        return false;
+    }
+    const int flags = ::fcntl(fd, F_GETFL);
+    if (flags >= 0)
+        ::fcntl(fd, F_SETFL, flags & ~O_NONBLOCK);
+    file = ::fdopen(fd, "rb");
+    if (!file) {
+        ::close(fd);
+        return false;
+    }
+    return true;
+}
+
 bool CDiskFile::Attach(FILE *stream)
 {
     Close();
@@ -173,4 +208,65 @@ int CDiskFile::Gets(char *buffer, int size)
     if (!std::fgets(buffer, size, file))
         return 0;
     return static_cast<int>(std::strlen(buffer));
+}
+
+bool CDiskSection::OpenSection(const char *path, int64_t begin, int64_t length)
+{
+    if (begin < 0 || length < 0 || !OpenRegular(path))
+        return false;
+    m_begin = begin;
+    m_length = length;
+    m_pos = 0;
+    return fseeko(file, static_cast<off_t>(begin), SEEK_SET) == 0;
+}
+
+int CDiskSection::ReadSome(void *buffer, int size)
+{
+    if (!file)
+        return -1;
+    const int64_t left = m_length - m_pos;
+    const int wanted = static_cast<int>(std::min<int64_t>(size, std::max<int64_t>(left, 0)));
+    const int got = CDiskFile::ReadSome(buffer, wanted);
+    if (got > 0)
+        m_pos += got;
+    return got;
+}
+
+int CDiskSection::Gets(char *buffer, int size)
+{
+    if (!buffer || size < 1)
+        return 0;
+    buffer[0] = 0;
+    const int64_t left = m_length - m_pos;
+    if (!file || size < 2 || left <= 0)
+        return 0;
+    // No more than the stretch holds, so that a line never runs into the next section.
+    const int limit = static_cast<int>(std::min<int64_t>(size, left + 1));
+    if (!std::fgets(buffer, limit, file))
+        return 0;
+    // The position from the stream itself: a zero byte inside the line would fool strlen.
+    const int64_t at = ftello(file);
+    m_pos = at >= m_begin ? at - m_begin : m_length;
+    return static_cast<int>(std::strlen(buffer));
+}
+
+bool CDiskSection::IsEof()
+{
+    return !file || m_pos >= m_length || std::feof(file) != 0;
+}
+
+int64_t CDiskSection::Seek(int64_t offset, int origin)
+{
+    if (!file)
+        return -1;
+    int64_t target = offset;
+    if (origin == SEEK_CUR)
+        target = m_pos + offset;
+    else if (origin == SEEK_END)
+        target = m_length + offset;
+    if (target < 0 || target > m_length || fseeko(file, static_cast<off_t>(m_begin + target), SEEK_SET) != 0)
+        return -1;
+    const int64_t before = m_pos;
+    m_pos = target;
+    return before;
 }

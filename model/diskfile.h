@@ -51,6 +51,10 @@ public:
 #endif
         ;
     virtual bool Open(const char *path, const char *mode);
+    // Opens for reading only what is an ordinary file on disk: a pipe, a device or a folder
+    // named like a recording would block the reader or never end, so it is refused at once
+    // (without waiting for a writer) and `notFile` is set.
+    bool OpenRegular(const char *path, bool *notFile = nullptr);
     virtual bool Attach(FILE *stream);
     virtual FILE *Detach();
     virtual bool IsEof();
@@ -63,4 +67,25 @@ public:
     }
 
     FILE *file = nullptr;
+};
+
+// A stretch [begin, begin + length) of a file read as if it were the whole file: one section of
+// a single-file recording, read in place. Reads stop at the end of the stretch; positions and
+// the length are those inside it.
+class CDiskSection : public CDiskFile
+{
+public:
+    bool OpenSection(const char *path, int64_t begin, int64_t length);
+
+    int ReadSome(void *buffer, int size) override;
+    int Gets(char *buffer, int size) override;
+    bool IsEof() override;
+    int64_t GetLength() override { return m_length; }
+    int64_t Tell() override { return m_pos; }
+    int64_t Seek(int64_t offset, int origin) override;
+
+private:
+    int64_t m_begin = 0;
+    int64_t m_length = 0;
+    int64_t m_pos = 0;
 };

@@ -175,3 +175,69 @@ TEST(Cli, InfoListsNoticesBesideTheNumbers)
     EXPECT_EQ(notices[0].toString().toStdString(),
               "Phasors use 50 Hz windows; the recording's line frequency is 60 Hz");
 }
+
+TEST(Cli, NumbersThatAreNoNumbersStopTheToolAndGapsPrintAsNull)
+{
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    const QString path = writeRecording(dir);
+    struct Case
+    {
+        QStringList arguments;
+        const char *message;
+    };
+    const QString samples = QStringLiteral("samples");
+    const QString phasors = QStringLiteral("phasors");
+    const QString json = QStringLiteral("--json");
+    const Case cases[] = {
+        {{samples, json, path, QStringLiteral("--from"), QStringLiteral("abc")},
+         "--from expects a whole number"},
+        {{samples, json, path, QStringLiteral("--from"), QStringLiteral("12x")},
+         "--from expects a whole number"},
+        {{samples, json, path, QStringLiteral("--from"), QString()}, "--from expects a whole number"},
+        {{samples, json, path, QStringLiteral("--to"), QStringLiteral("1.5")}, "--to expects a whole number"},
+        {{samples, json, path, QStringLiteral("--to"), QStringLiteral("99999999999999999999")},
+         "--to expects a whole number"},
+        {{samples, json, path, QStringLiteral("--channel"), QStringLiteral("A1x")},
+         "a channel is A<n> or D<n>"},
+        {{phasors, json, path, QStringLiteral("--at"), QStringLiteral("ten")}, "--at expects a whole number"},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.arguments.join(QLatin1Char(' ')).toStdString());
+        const CliRun run = cli(c.arguments);
+        EXPECT_EQ(run.code, 2);
+        EXPECT_TRUE(run.err.contains(c.message)) << run.err.toStdString();
+        EXPECT_TRUE(run.out.isEmpty());
+    }
+    // A good number still works: samples 3 to 4 only.
+    const QJsonObject two = cli({samples, json, path, QStringLiteral("--from"), QStringLiteral("3"),
+                                 QStringLiteral("--to"), QStringLiteral("4")})
+                                .json();
+    EXPECT_EQ(two.value(QStringLiteral("times")).toArray().size(), 2);
+
+    // A count beyond what the reader holds: refused, naming the file and the line.
+    const QString wrapped = writeRecording(dir, "4294967299,2A,1D");
+    const CliRun refused = cli({QStringLiteral("info"), wrapped});
+    EXPECT_EQ(refused.code, 1);
+    EXPECT_TRUE(refused.err.contains("line 2: 4294967299 channels is out of range"))
+        << refused.err.toStdString();
+    EXPECT_TRUE(refused.err.contains("rec.cfg")) << refused.err.toStdString();
+
+    // A 2013 ASCII recording with an empty field: that sample is a gap, printed as null.
+    const QString base = dir.filePath(QStringLiteral("gap"));
+    QFile cfg(base + QStringLiteral(".cfg"));
+    ASSERT_TRUE(cfg.open(QIODevice::WriteOnly));
+    cfg.write("S,R,2013\n1,1A,0D\n1,IA,A,,A,1,0,0,-99999,99999,1,1,S\n50\n1\n1000,6\n"
+              "01/02/2024,10:00:00.000000\n01/02/2024,10:00:00.000000\nASCII\n1\n0,0\n0,0\n");
+    cfg.close();
+    QFile dat(base + QStringLiteral(".dat"));
+    ASSERT_TRUE(dat.open(QIODevice::WriteOnly));
+    dat.write("1,0,5\n2,1000,\n3,2000,7\n4,3000,8\n5,4000,9\n6,5000,10\n");
+    dat.close();
+    const QJsonObject gaps = cli({samples, json, base + QStringLiteral(".cfg")}).json();
+    const QJsonArray ia =
+        gaps.value(QStringLiteral("analog")).toObject().value(QStringLiteral("1")).toArray();
+    ASSERT_EQ(ia.size(), 6);
+    EXPECT_TRUE(ia[1].isNull());
+    EXPECT_EQ(ia[2].toDouble(), 7.0);
+}

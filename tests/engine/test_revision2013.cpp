@@ -186,15 +186,4 @@ TEST_F(Revision2013, SingleFileFormReadsAndWritesItsParts)
     CCmtd99File clamped;
     ASSERT_TRUE(clamped.LoadFile(hugePath.c_str()));
     EXPECT_TRUE(clamped.cfgMessages.first().text.contains("shorter than its byte count"));
-
-    // Data written as base64 text is named and not read as samples.
-    std::string base64 = text.substr(0, text.find("--- file type: DAT")) +
-                         "--- file type: DAT BINARY32 base64 ---\r\n\"AQAAAA==\"\r\n";
-    const std::string odd = dir.path("odd.cff");
-    std::ofstream(odd, std::ios::binary) << base64;
-    CCmtd99File refused;
-    ASSERT_TRUE(refused.LoadFile(odd.c_str()));
-    EXPECT_FALSE(refused.LoadDat(odd.c_str(), nullptr, nullptr));
-    ASSERT_FALSE(refused.cfgMessages.isEmpty());
-    EXPECT_TRUE(refused.cfgMessages.first().text.contains("base64"));
 }

@@ -1,0 +1,483 @@
+// Files that lie about themselves or are no files at all: headers that promise more than the
+// data holds or more than a count can hold, ".cff" names on pipes and devices, sections shorter
+// than their heads, missing-value markers of 2013 recordings, numbers no float can hold. The
+// file decides what is read; none of it may crash, hang or wrap.
+
+#include "cfgfixture.h"
+#include "cmtd99file.h"
+#include "phasor.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#if defined(__SANITIZE_ADDRESS__)
+#define VELDRIX_ASAN 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define VELDRIX_ASAN 1
+#endif
+#endif
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+// Two analog channels and one status channel, one segment at 1000 Hz ending at `endsamp`.
+Lines Config(const char *revision, const char *counts, const char *nrates, const char *endsamp,
+             const char *ft = "BINARY", const char *rate = "1000")
+{
+    Lines lines = {std::string("S,R,") + revision,
+                   counts,
+                   "1,IA,A,,A,0.5,1,0,-32767,32767,1,1,S",
+                   "2,UA,A,,kV,0.001,0,0,-32767,32767,1,1,S",
+                   "1,Trip,,,0",
+                   "50",
+                   nrates,
+                   std::string(rate) + "," + endsamp,
+                   "01/02/2024,10:00:00.000000",
+                   "01/02/2024,10:00:00.000000",
+                   ft,
+                   "1"};
+    if (std::strcmp(revision, "2013") == 0) {
+        lines.push_back("0,0");
+        lines.push_back("0,0");
+    }
+    return lines;
+}
+
+void put32(std::string &out, uint32_t v)
+{
+    for (int i = 0; i < 4; ++i)
+        out.push_back(static_cast<char>((v >> (8 * i)) & 0xFF));
+}
+
+void put16(std::string &out, uint16_t v)
+{
+    out.push_back(static_cast<char>(v & 0xFF));
+    out.push_back(static_cast<char>(v >> 8));
+}
+
+// `count` records of 14 bytes: number, stamp (1 ms apart), IA = n, UA = -n, status bit n >= 3.
+std::string BinaryRecords(int count)
+{
+    std::string out;
+    for (int n = 0; n < count; ++n) {
+        put32(out, uint32_t(n + 1));
+        put32(out, uint32_t(n * 1000));
+        put16(out, uint16_t(int16_t(n)));
+        put16(out, uint16_t(int16_t(-n)));
+        put16(out, n >= 3 ? 1 : 0);
+    }
+    return out;
+}
+
+void WriteBytes(const std::string &path, const std::string &bytes)
+{
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
+std::string Joined(const Lines &lines)
+{
+    std::string text;
+    for (const std::string &line : lines)
+        text += line + "\r\n";
+    return text;
+}
+
+// Runs `body` in a child process that is killed after `seconds`; true when the child ended by
+// itself with status 0. A reader that hangs fails the test instead of stopping the suite.
+template <typename Body> bool InChild(int seconds, Body body)
+{
+    const pid_t pid = fork();
+    if (pid == 0) {
+        alarm(static_cast<unsigned>(seconds));
+        _exit(body() ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(pid, &status, 0);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+bool HasMessage(const LoadMessageList &messages, const char *text)
+{
+    for (const LoadMessage &message : messages) {
+        if (message.text.contains(text))
+            return true;
+    }
+    return false;
+}
+
+// The test's own base64 encoder (RFC 4648 alphabet), with a line break every 76 characters.
+std::string Base64(const std::string &bytes)
+{
+    static const char alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string out;
+    size_t i = 0;
+    int column = 0;
+    auto emit = [&](char c) {
+        out.push_back(c);
+        if (++column == 76) {
+            out += "\r\n";
+            column = 0;
+        }
+    };
+    for (; i + 2 < bytes.size(); i += 3) {
+        const uint32_t v = uint32_t(uint8_t(bytes[i])) << 16 | uint32_t(uint8_t(bytes[i + 1])) << 8 |
+                           uint32_t(uint8_t(bytes[i + 2]));
+        for (int k = 3; k >= 0; --k)
+            emit(alphabet[(v >> (6 * k)) & 63]);
+    }
+    if (i < bytes.size()) {
+        uint32_t v = uint32_t(uint8_t(bytes[i])) << 16;
+        if (i + 1 < bytes.size())
+            v |= uint32_t(uint8_t(bytes[i + 1])) << 8;
+        emit(alphabet[(v >> 18) & 63]);
+        emit(alphabet[(v >> 12) & 63]);
+        emit(i + 1 < bytes.size() ? alphabet[(v >> 6) & 63] : '=');
+        emit('=');
+    }
+    return out;
+}
+
+using HostileFiles = RecordingTest;
+
+} // namespace
+
+TEST_F(HostileFiles, HeaderCountsBeyondWhatTheReaderHoldsAreRefusedWithTheirLine)
+{
+    struct Case
+    {
+        const char *counts;
+        const char *nrates;
+        const char *message;
+    };
+    const Case cases[] = {
+        {"4294967299,2A,1D", "1", "line 2: 4294967299 channels is out of range"},
+        {"3,4294967298A,1D", "1", "line 2: 4294967298 analog channels is out of range"},
+        {"3,1D,4294967298A", "1", "line 2: 4294967298 analog channels is out of range"},
+        {"3,2A,65537D", "1", "line 2: 65537 status channels is out of range"},
+        {"3,2A,1D", "2000000000", "line 7: 2000000000 sampling rates is out of range"},
+        {"3,2A,1D", "65537", "line 7: 65537 sampling rates is out of range"},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.message);
+        const std::string cfg = dir.write("w.cfg", Config("1999", c.counts, c.nrates, "20"));
+        WriteBytes(dir.path("w.dat"), BinaryRecords(20));
+        CCmtd99File file;
+        EXPECT_FALSE(file.LoadFile(cfg.c_str()));
+        ASSERT_FALSE(file.cfgMessages.isEmpty());
+        EXPECT_EQ(file.cfgMessages.back().text.toStdString(), c.message);
+    }
+}
+
+TEST_F(HostileFiles, AnEndSampleBeyondAnyCountLoadsTheSamplesThatAreThere)
+{
+    // 4294967316 is 2^32 + 20: wrapped, it would read as exactly the 20 samples of the file.
+    const std::string cfg = dir.write("e.cfg", Config("1999", "3,2A,1D", "1", "4294967316"));
+    WriteBytes(dir.path("e.dat"), BinaryRecords(25));
+    CCmtd99File file;
+    ASSERT_TRUE(file.LoadFile(cfg.c_str()));
+    EXPECT_EQ(file.pointCount, INT32_MAX);
+    EXPECT_TRUE(HasMessage(file.cfgMessages, "line 8: end sample 4294967316 is beyond"));
+    ASSERT_TRUE(file.LoadDat(cfg.c_str(), nullptr, nullptr));
+    EXPECT_EQ(file.loadedPoints, 25);
+    EXPECT_EQ(file.analogMaps[0]->Value(24), 24 * 0.5f + 1);
+    ASSERT_EQ(file.segments.size(), 1u);
+    EXPECT_EQ(file.segments[0].end, 25);
+}
+
+TEST_F(HostileFiles, APromiseOfTwoThousandMillionSamplesCostsOnlyTheFile)
+{
+    const std::string cfg = dir.write("p.cfg", Config("1999", "3,2A,1D", "1", "2147483647"));
+    WriteBytes(dir.path("p.dat"), BinaryRecords(20)); // 280 bytes
+    {
+        CCmtd99File file;
+        ASSERT_TRUE(file.LoadFile(cfg.c_str()));
+        ASSERT_TRUE(file.LoadDat(cfg.c_str(), nullptr, nullptr));
+        EXPECT_EQ(file.loadedPoints, 20);
+        // The stores are as large as the file, not as the promise.
+        EXPECT_LE(file.analogMaps[0]->sampleCount, 20);
+        EXPECT_LE(file.statusMaps[0]->sampleCount, 20);
+        EXPECT_EQ(file.analogMaps[1]->Value(19), -19.0f);
+    }
+    // In a child with 1 GB of address space, where storage for the promise (over 16 GB) cannot
+    // be had; ten seconds is ten times the longest this may take.
+    const auto started = std::chrono::steady_clock::now();
+    const bool loaded = InChild(10, [&] {
+#if !defined(VELDRIX_ASAN) // the sanitizer's shadow memory alone needs more than 1 GB of addresses
+        const rlimit limit{rlim_t(1) << 30, rlim_t(1) << 30};
+        if (setrlimit(RLIMIT_AS, &limit) != 0)
+            return false;
+#endif
+        CCmtd99File file;
+        return file.LoadFile(cfg.c_str()) && file.LoadDat(cfg.c_str(), nullptr, nullptr) &&
+               file.loadedPoints == 20;
+    });
+    EXPECT_TRUE(loaded);
+    EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(10));
+
+    // ASCII: the store is sized from the bytes too.
+    const std::string ascii = dir.write("a.cfg", Config("1999", "3,2A,1D", "1", "2147483647", "ASCII"));
+    std::string text;
+    for (int n = 0; n < 20; ++n)
+        text += std::to_string(n + 1) + "," + std::to_string(n * 1000) + "," + std::to_string(n) + ",-" +
+                std::to_string(n) + ",0\n";
+    WriteBytes(dir.path("a.dat"), text);
+    CCmtd99File file;
+    ASSERT_TRUE(file.LoadFile(ascii.c_str()));
+    ASSERT_TRUE(file.LoadDat(ascii.c_str(), nullptr, nullptr));
+    EXPECT_EQ(file.loadedPoints, 20);
+    EXPECT_LE(file.analogMaps[0]->sampleCount, int(text.size()));
+}
+
+TEST_F(HostileFiles, PipesDevicesAndFoldersNamedAsRecordingsAreRefusedAtOnce)
+{
+    const std::string fifo = dir.path("pipe.cff");
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    const std::string zero = dir.path("zero.cff");
+    ASSERT_EQ(symlink("/dev/zero", zero.c_str()), 0);
+    const std::string folder = dir.path("folder.cff");
+    ASSERT_TRUE(QDir().mkpath(QString::fromStdString(folder)));
+    // A pipe under the data file's name, beside a good description.
+    const std::string cfg = dir.write("d.cfg", Config("1999", "3,2A,1D", "1", "20"));
+    ASSERT_EQ(mkfifo(dir.path("d.dat").c_str(), 0600), 0);
+
+    for (const std::string &path : {fifo, zero, folder}) {
+        SCOPED_TRACE(path);
+        const auto started = std::chrono::steady_clock::now();
+        const bool refused = InChild(10, [&] {
+            const rlimit limit{rlim_t(100) << 20, rlim_t(100) << 20};
+#if !defined(VELDRIX_ASAN)
+            setrlimit(RLIMIT_AS, &limit);
+#endif
+            (void)limit;
+            CCmtd99File file;
+            return !file.LoadFile(path.c_str()) && HasMessage(file.cfgMessages, "is not a regular file");
+        });
+        EXPECT_TRUE(refused);
+        EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(10));
+    }
+    EXPECT_TRUE(InChild(10, [&] {
+        CCmtd99File file;
+        return file.LoadFile(cfg.c_str()) && !file.LoadDat(cfg.c_str(), nullptr, nullptr);
+    }));
+}
+
+TEST_F(HostileFiles, SingleFileRecordingIsReadInPlaceAndSaysWhatItLacks)
+{
+    const std::string head = "--- file type: CFG ---\r\n" + Joined(Config("2013", "3,2A,1D", "1", "6")) +
+                             "--- file type: INF ---\r\n--- file type: HDR ---\r\n";
+    const std::string records = BinaryRecords(6);
+
+    // Nothing is copied into the temporary folder: point it at an empty one for the load.
+    const QString scratch = QString::fromStdString(dir.path("tmp"));
+    ASSERT_TRUE(QDir().mkpath(scratch));
+    const QByteArray oldTmp = qgetenv("TMPDIR");
+    qputenv("TMPDIR", scratch.toLocal8Bit());
+
+    // The byte count says 1000, the file holds 84: both numbers are named, the 6 records load.
+    const std::string shortPath = dir.path("short.cff");
+    WriteBytes(shortPath, head + "--- file type: DAT BINARY: 1000 ---\r\n" + records);
+    CCmtd99File shortFile;
+    ASSERT_TRUE(shortFile.LoadFile(shortPath.c_str()));
+    EXPECT_TRUE(HasMessage(shortFile.cfgMessages, "shorter than its byte count: 84 bytes, not 1000"));
+    ASSERT_TRUE(shortFile.LoadDat(shortPath.c_str(), nullptr, nullptr));
+    EXPECT_EQ(shortFile.loadedPoints, 6);
+
+    // The binary twin and the base64 one (in quotes, as some writers put it) read alike; a
+    // section behind the data is not taken as data.
+    const std::string binaryPath = dir.path("twin.cff");
+    WriteBytes(binaryPath,
+               head + "--- file type: DAT BINARY: 84 ---\r\n" + records + "--- file type: XYZ ---\r\n");
+    const std::string textPath = dir.path("text.cff");
+    WriteBytes(textPath, head + "--- file type: DAT BINARY: base64 ---\r\n\"" + Base64(records) + "\"\r\n");
+    CCmtd99File binary;
+    CCmtd99File text;
+    ASSERT_TRUE(binary.LoadFile(binaryPath.c_str()));
+    ASSERT_TRUE(binary.LoadDat(binaryPath.c_str(), nullptr, nullptr));
+    ASSERT_TRUE(text.LoadFile(textPath.c_str()));
+    ASSERT_TRUE(text.LoadDat(textPath.c_str(), nullptr, nullptr));
+    ASSERT_EQ(binary.loadedPoints, 6);
+    ASSERT_EQ(text.loadedPoints, 6);
+    for (int n = 0; n < 6; ++n) {
+        EXPECT_EQ(text.sampleTimes[n], binary.sampleTimes[n]);
+        EXPECT_EQ(text.analogMaps[0]->Value(n), n * 0.5f + 1);
+        EXPECT_EQ(text.analogMaps[1]->Value(n), binary.analogMaps[1]->Value(n));
+        EXPECT_EQ(text.statusMaps[0]->Bit(n), n >= 3 ? 1 : 0);
+    }
+
+    // No data section at all: said so, rather than that a ".dat" is missing.
+    const std::string bare = dir.path("bare.cff");
+    WriteBytes(bare, head);
+    CCmtd99File none;
+    ASSERT_TRUE(none.LoadFile(bare.c_str()));
+    EXPECT_FALSE(none.LoadDat(bare.c_str(), nullptr, nullptr));
+    EXPECT_TRUE(HasMessage(none.datMessages, "no data section"));
+
+    EXPECT_TRUE(QDir(scratch).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).isEmpty());
+    if (oldTmp.isNull())
+        qunsetenv("TMPDIR");
+    else
+        qputenv("TMPDIR", oldTmp);
+}
+
+TEST_F(HostileFiles, MissingValuesOf2013AreGapsAndOlderRecordingsKeepEveryReading)
+{
+    // 100 samples of a 50 Hz sine at 1 kHz (20 per cycle); sample 80 is missing on IA.
+    auto records = [](int16_t marker) {
+        std::string out;
+        for (int n = 0; n < 100; ++n) {
+            put32(out, uint32_t(n + 1));
+            put32(out, uint32_t(n * 1000));
+            const auto ia = int16_t(std::lround(1000.0 * std::sin(2 * M_PI * n / 20.0)));
+            put16(out, uint16_t(n == 80 ? marker : ia));
+            put16(out, uint16_t(int16_t(n)));
+            put16(out, 0);
+        }
+        return out;
+    };
+    const std::string cfg13 = dir.write("g.cfg", Config("2013", "3,2A,1D", "1", "100"));
+    WriteBytes(dir.path("g.dat"), records(INT16_MIN));
+    CCmtd99File file;
+    ASSERT_TRUE(file.LoadFile(cfg13.c_str()));
+    ASSERT_TRUE(file.LoadDat(cfg13.c_str(), nullptr, nullptr));
+    const CChnMapAnalog &ia = *file.analogMaps[0];
+    EXPECT_TRUE(std::isnan(ia.Value(80)));
+    // Extremes from the readings only: 1000 × 0.5 + 1 and -1000 × 0.5 + 1.
+    EXPECT_EQ(ia.maxValue, 501.0f);
+    EXPECT_EQ(ia.minValue, -499.0f);
+    ComplexD phasor;
+    int before = 30;
+    EXPECT_EQ(BasePhasorAt(file, nullptr, &ia, before, phasor), PhasorValue);
+    EXPECT_NEAR(Effective(phasor), 500.0 / std::sqrt(2.0), 1.0);
+    int touching = 70;
+    EXPECT_EQ(BasePhasorAt(file, nullptr, &ia, touching, phasor), NoValue);
+    double effective = 0.0;
+    EXPECT_EQ(RealEffectiveAt(file, nullptr, &ia, 70, effective), NoValue);
+    EXPECT_EQ(RealEffectiveAt(file, nullptr, &ia, 20, effective), EffectiveValue);
+
+    // The same bytes in a 1999 recording: -32768 is a reading like any other.
+    const std::string cfg99 = dir.write("o.cfg", Config("1999", "3,2A,1D", "1", "100"));
+    WriteBytes(dir.path("o.dat"), records(INT16_MIN));
+    CCmtd99File old;
+    ASSERT_TRUE(old.LoadFile(cfg99.c_str()));
+    ASSERT_TRUE(old.LoadDat(cfg99.c_str(), nullptr, nullptr));
+    EXPECT_EQ(old.analogMaps[0]->Value(80), -32768 * 0.5f + 1);
+    EXPECT_EQ(old.analogMaps[0]->minValue, -32768 * 0.5f + 1);
+}
+
+TEST_F(HostileFiles, WideAndFloatMarkersAndValuesNoFloatHolds)
+{
+    // BINARY32 with 0x80000000, FLOAT32 with NaN, infinity and 3.4e38 on a kV channel (which
+    // scaled to V is beyond any float), ASCII 2013 with an empty field.
+    auto wide = [](bool floats) {
+        std::string out;
+        for (int n = 0; n < 6; ++n) {
+            put32(out, uint32_t(n + 1));
+            put32(out, uint32_t(n * 1000));
+            if (floats) {
+                const float ia[6] = {1.0f, std::nanf(""), HUGE_VALF, 2.0f, -3.0f, 4.0f};
+                const float ua[6] = {1.0f, 3.4e38f, -3.4e38f, 2.0f, 5.0f, 6.0f};
+                uint32_t bits;
+                std::memcpy(&bits, &ia[n], 4);
+                put32(out, bits);
+                std::memcpy(&bits, &ua[n], 4);
+                put32(out, bits);
+            } else {
+                put32(out, n == 2 ? 0x80000000u : uint32_t(n * 10));
+                put32(out, uint32_t(n));
+            }
+            put16(out, 0);
+        }
+        return out;
+    };
+    for (const bool floats : {false, true}) {
+        SCOPED_TRACE(floats ? "FLOAT32" : "BINARY32");
+        Lines lines = Config("2013", "3,2A,1D", "1", "6", floats ? "FLOAT32" : "BINARY32");
+        lines[3] = "2,UA,A,,kV,1,0,0,-32767,32767,1,1,S"; // x1000 to V
+        const std::string cfg = dir.write("w.cfg", lines);
+        WriteBytes(dir.path("w.dat"), wide(floats));
+        CCmtd99File file;
+        ASSERT_TRUE(file.LoadFile(cfg.c_str()));
+        ASSERT_TRUE(file.LoadDat(cfg.c_str(), nullptr, nullptr));
+        const CChnMapAnalog &ia = *file.analogMaps[0];
+        const CChnMapAnalog &ua = *file.analogMaps[1];
+        if (!floats) {
+            EXPECT_TRUE(std::isnan(ia.Value(2)));
+            EXPECT_EQ(ia.Value(3), 30 * 0.5f + 1);
+            EXPECT_EQ(ia.maxValue, 50 * 0.5f + 1);
+            continue;
+        }
+        EXPECT_TRUE(std::isnan(ia.Value(1)));
+        EXPECT_TRUE(std::isinf(ia.Value(2)));
+        EXPECT_TRUE(std::isinf(ua.Value(1)) && ua.Value(1) > 0);
+        EXPECT_TRUE(std::isinf(ua.Value(2)) && ua.Value(2) < 0);
+        // Extremes and scale groups only from values a float holds.
+        EXPECT_EQ(ia.maxValue, 4 * 0.5f + 1);
+        EXPECT_EQ(ia.minValue, -3 * 0.5f + 1);
+        EXPECT_EQ(ua.maxValue, 6000.0f);
+        for (const ScaleGroup &group : file.scaleGroups)
+            EXPECT_TRUE(std::isfinite(group.peak));
+    }
+
+    const std::string cfg = dir.write("t.cfg", Config("2013", "3,2A,1D", "1", "6", "ASCII"));
+    WriteBytes(dir.path("t.dat"),
+               "1,0,2,1,0\n2,1000,,1,0\n3,2000,4,1,0\n4,3000,6,1,0\n5,4000,8,1,0\n6,5000,9,1,0\n");
+    CCmtd99File ascii;
+    ASSERT_TRUE(ascii.LoadFile(cfg.c_str()));
+    ASSERT_TRUE(ascii.LoadDat(cfg.c_str(), nullptr, nullptr));
+    EXPECT_TRUE(std::isnan(ascii.analogMaps[0]->Value(1)));
+    EXPECT_EQ(ascii.analogMaps[0]->Value(2), 4 * 0.5f + 1);
+}
+
+TEST_F(HostileFiles, RatesAndFactorsNoFloatHoldsReachNoIntegerConversion)
+{
+    // Under the undefined-behaviour sanitizer any float-to-int conversion of these would stop
+    // the run; here each gives a result with no meaning, or no value.
+    for (const char *rate : {"1e39", "inf", "nan", "3e38", "1e-30"}) {
+        SCOPED_TRACE(rate);
+        const std::string cfg = dir.write("r.cfg", Config("1999", "3,2A,1D", "1", "20", "BINARY", rate));
+        WriteBytes(dir.path("r.dat"), BinaryRecords(20));
+        CCmtd99File file;
+        if (!file.LoadFile(cfg.c_str()) || !file.LoadDat(cfg.c_str(), nullptr, nullptr))
+            continue;
+        for (int n = 0; n < 20; ++n) {
+            int index = n;
+            ComplexD phasor;
+            BasePhasorAt(file, nullptr, file.analogMaps[0].get(), index, phasor);
+            double value = 0.0;
+            RealEffectiveAt(file, nullptr, file.analogMaps[0].get(), n, value);
+            EXPECT_TRUE(std::isfinite(phasor.re) && std::isfinite(value));
+        }
+    }
+    EXPECT_EQ(PointsPerCycle(3e38f, 50.0f), INT32_MAX);
+    EXPECT_EQ(PointsPerCycle(HUGE_VALF, 50.0f), INT32_MAX);
+    EXPECT_EQ(PointsPerCycle(std::nanf(""), 50.0f), 0);
+    EXPECT_EQ(PointsPerCycle(1000.0f, 50.0f), 20);
+
+    // A multiplier or time factor given as 1e39 reads as rubbish does, never as infinity.
+    Lines lines = Config("1999", "3,2A,1D", "1", "20");
+    lines[2] = "1,IA,A,,A,1e39,0,0,-32767,32767,1,1,S";
+    lines[11] = "1e39";
+    CCmtd99File file;
+    file.LoadFile(dir.write("f.cfg", lines).c_str());
+    EXPECT_EQ(file.analogChannels[0]->a, 0.0f);
+    EXPECT_EQ(file.fileDesc.timeMult, 0.0f);
+}
