@@ -422,6 +422,7 @@ void CDatLoader::takeStatusWords(const unsigned char *status, int words, int sta
 
 void CDatLoader::takeAsciiValue(int c, int n, const char *field)
 {
+    constexpr int kAsciiMissing = 99999;
     if (m_gaps) {
         const char *p = field;
         while (*p == ' ' || *p == '\t' || *p == '\r')
@@ -431,7 +432,12 @@ void CDatLoader::takeAsciiValue(int c, int n, const char *field)
             return;
         }
     }
-    const float v = heldFloat(std::atoi(field) * m_gain[c] + m_offset[c]);
+    const int raw = std::atoi(field);
+    if (m_gaps && raw == kAsciiMissing) {
+        m_values[c][n] = std::numeric_limits<float>::quiet_NaN(); // the ASCII marker of a missing value
+        return;
+    }
+    const float v = heldFloat(raw * m_gain[c] + m_offset[c]);
     m_values[c][n] = v;
     if (!std::isfinite(v))
         return;

@@ -439,12 +439,15 @@ TEST_F(HostileFiles, WideAndFloatMarkersAndValuesNoFloatHolds)
 
     const std::string cfg = dir.write("t.cfg", Config("2013", "3,2A,1D", "1", "6", "ASCII"));
     WriteBytes(dir.path("t.dat"),
-               "1,0,2,1,0\n2,1000,,1,0\n3,2000,4,1,0\n4,3000,6,1,0\n5,4000,8,1,0\n6,5000,9,1,0\n");
+               "1,0,2,1,0\n2,1000,,1,0\n3,2000,4,1,0\n4,3000,99999,1,0\n5,4000,8,1,0\n6,5000,9,1,0\n");
     CCmtd99File ascii;
     ASSERT_TRUE(ascii.LoadFile(cfg.c_str()));
     ASSERT_TRUE(ascii.LoadDat(cfg.c_str(), nullptr, nullptr));
+    // An empty field and the ASCII marker 99999 are gaps, left out of the extremes.
     EXPECT_TRUE(std::isnan(ascii.analogMaps[0]->Value(1)));
     EXPECT_EQ(ascii.analogMaps[0]->Value(2), 4 * 0.5f + 1);
+    EXPECT_TRUE(std::isnan(ascii.analogMaps[0]->Value(3)));
+    EXPECT_EQ(ascii.analogMaps[0]->maxValue, 9 * 0.5f + 1);
 }
 
 TEST_F(HostileFiles, RatesAndFactorsNoFloatHoldsReachNoIntegerConversion)
