@@ -1,5 +1,8 @@
 #include "cfffile.h"
 
+#include "safewrite.h"
+
+#include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
 
@@ -281,7 +284,20 @@ int CBase64Section::ReadSome(void *buffer, int size)
     return done;
 }
 
-bool JoinCff(const QByteArray &base, const QByteArray &fileType, const QByteArray &cffPath)
+QByteArray CffSectionHead(const char *type)
+{
+    return QByteArray("--- file type: ") + type + " ---\n";
+}
+
+QByteArray CffDataHead(const QByteArray &fileType, qint64 byteCount)
+{
+    const QByteArray form = fileType.toUpper();
+    if (form == "ASCII")
+        return "--- file type: DAT ASCII ---\n";
+    return "--- file type: DAT " + form + ": " + QByteArray::number(byteCount) + " ---\n";
+}
+
+bool JoinCff(const QByteArray &base, const QByteArray &fileType, const QByteArray &cffPath, QString *error)
 {
     auto read = [](const QByteArray &path) {
         QFile file(QString::fromLocal8Bit(path));
@@ -289,15 +305,16 @@ bool JoinCff(const QByteArray &base, const QByteArray &fileType, const QByteArra
     };
     const QByteArray cfg = read(base + ".cfg");
     const QByteArray dat = read(base + ".dat");
-    if (cfg.isEmpty())
+    if (cfg.isEmpty()) {
+        if (error)
+            *error = QCoreApplication::translate("CCmtd99File", "No configuration to join: %1")
+                         .arg(QString::fromLocal8Bit(base + ".cfg"));
         return false;
-    QByteArray out = "--- file type: CFG ---\n" + cfg;
-    out += "--- file type: INF ---\n" + read(base + ".inf");
-    out += "--- file type: HDR ---\n" + read(base + ".hdr");
-    const QByteArray form = fileType.toUpper();
-    if (form == "ASCII")
-        out += "--- file type: DAT ASCII ---\n" + dat;
-    else
-        out += "--- file type: DAT " + form + ": " + QByteArray::number(dat.size()) + " ---\n" + dat;
-    return writeFile(cffPath, out);
+    }
+    QByteArray out = CffSectionHead("CFG") + cfg;
+    out += CffSectionHead("INF") + read(base + ".inf");
+    out += CffSectionHead("HDR") + read(base + ".hdr");
+    out += CffDataHead(fileType, dat.size()) + dat;
+    // The whole ".cff" or the earlier one: never half a file under its name.
+    return WriteFileSafely(QString::fromLocal8Bit(cffPath), out, error);
 }

@@ -3,6 +3,7 @@
 #include "diskfile.h"
 
 #include <QByteArray>
+#include <QString>
 #include <QStringList>
 
 #include <cstdint>
@@ -57,6 +58,12 @@ private:
     bool m_ended = false;
 };
 // Joins the files of base into one ".cff"; the data part is ASCII or binary as `fileType` says.
-bool JoinCff(const QByteArray &base, const QByteArray &fileType, const QByteArray &cffPath);
+// The file is written safely: on failure the earlier ".cff" stays and `error` says why.
+bool JoinCff(const QByteArray &base, const QByteArray &fileType, const QByteArray &cffPath,
+             QString *error = nullptr);
+// The head line of a section ("CFG", "INF", "HDR"), and of the data section with its form and,
+// for binary forms, its byte count.
+QByteArray CffSectionHead(const char *type);
+QByteArray CffDataHead(const QByteArray &fileType, qint64 byteCount);
 // True when a path names a ".cff" (in any case).
 bool IsCffPath(const QByteArray &path);

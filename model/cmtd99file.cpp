@@ -3,11 +3,13 @@
 #include "cfffile.h"
 #include "diskfile.h"
 #include "linereader.h"
+#include "safewrite.h"
 #include "textcodec.h"
 
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
+#include <QIODevice>
 
 #include <algorithm>
 #include <cctype>
@@ -697,40 +699,83 @@ int CCmtd99File::Validate()
     return mask;
 }
 
-bool CCmtd99File::SaveCfg(const char *path)
+namespace {
+
+// printf onto the end of a byte array: the configuration is built whole, then written once.
+#if defined(__GNUC__)
+__attribute__((format(printf, 2, 3)))
+#endif
+void appendf(QByteArray &text, const char *format, ...)
 {
-    CDiskFile file;
-    if (!file.Open(path, "w"))
-        return false;
+    char line[1024];
+    va_list args;
+    va_start(args, format);
+    const int length = std::vsnprintf(line, sizeof line, format, args);
+    va_end(args);
+    if (length < 0)
+        return;
+    if (length < int(sizeof line)) {
+        text.append(line, length);
+        return;
+    }
+    // Channel names of recorders in the field can make a line longer than any buffer.
+    QByteArray wide(length + 1, '\0');
+    va_start(args, format);
+    std::vsnprintf(wide.data(), size_t(length) + 1, format, args);
+    va_end(args);
+    text.append(wide.constData(), length);
+}
+
+} // namespace
+
+bool CCmtd99File::WriteCfg(QIODevice &out) const
+{
+    QByteArray text;
     const CmtdFileDescription &desc = fileDesc;
-    file.Printf("%s,%s,%s\n", desc.stationName.constData(), desc.recDevId.constData(),
-                desc.revYear.constData());
+    appendf(text, "%s,%s,%s\n", desc.stationName.constData(), desc.recDevId.constData(),
+            desc.revYear.constData());
     const int analogs = static_cast<int>(analogChannels.size());
     const int statuses = static_cast<int>(statusChannels.size());
-    file.Printf("%d,%dA,%dD\n", analogs + statuses, analogs, statuses);
+    appendf(text, "%d,%dA,%dD\n", analogs + statuses, analogs, statuses);
     for (const auto &c : analogChannels) {
-        file.Printf("%d,%s,%s,%s,%s,%.10f,%.10f,%.6f,%.0f,%.0f,%.6f,%.6f,%c\n", c->index,
-                    c->ch_id.constData(), c->ph.constData(), c->ccbm.constData(), c->uu.constData(),
-                    double(c->a), double(c->b), double(c->skew), double(c->min), double(c->max),
-                    double(c->primary), double(c->secondary), c->ps);
+        appendf(text, "%d,%s,%s,%s,%s,%.10f,%.10f,%.6f,%.0f,%.0f,%.6f,%.6f,%c\n", c->index,
+                c->ch_id.constData(), c->ph.constData(), c->ccbm.constData(), c->uu.constData(), double(c->a),
+                double(c->b), double(c->skew), double(c->min), double(c->max), double(c->primary),
+                double(c->secondary), c->ps);
     }
     for (const auto &c : statusChannels) {
-        file.Printf("%d,%s,%s,%s,%d\n", c->index, c->ch_id.constData(), c->ph.constData(),
-                    c->ccbm.constData(), int(c->normalState));
+        appendf(text, "%d,%s,%s,%s,%d\n", c->index, c->ch_id.constData(), c->ph.constData(),
+                c->ccbm.constData(), int(c->normalState));
     }
-    file.Printf("%.3f\n", double(desc.lineFreq));
-    file.Printf("%d\n", int(desc.rateCount));
+    appendf(text, "%.3f\n", double(desc.lineFreq));
+    appendf(text, "%d\n", int(desc.rateCount));
     for (const SampleSegment &segment : segments)
-        file.Printf("%.6f,%d\n", double(segment.rate), segment.end);
+        appendf(text, "%.6f,%d\n", double(segment.rate), segment.end);
     for (const RecordTime *t : {&desc.startTime, &desc.triggerTime}) {
-        file.Printf("%02d/%02d/%04d,%02d:%02d:%02d.%06d\n", t->day, t->month, t->year, t->hour, t->minute,
-                    t->second, t->microsecond);
+        appendf(text, "%02d/%02d/%04d,%02d:%02d:%02d.%06d\n", t->day, t->month, t->year, t->hour, t->minute,
+                t->second, t->microsecond);
     }
-    file.Printf("%s\n", desc.fileType.constData());
-    file.Printf("%.6f\n", double(desc.timeMult));
+    appendf(text, "%s\n", desc.fileType.constData());
+    appendf(text, "%.6f\n", double(desc.timeMult));
     if (desc.is2013()) {
-        file.Printf("%s,%s\n", desc.timeCode.constData(), desc.localCode.constData());
-        file.Printf("%s,%s\n", desc.timeQuality.constData(), desc.leapSecond.constData());
+        appendf(text, "%s,%s\n", desc.timeCode.constData(), desc.localCode.constData());
+        appendf(text, "%s,%s\n", desc.timeQuality.constData(), desc.leapSecond.constData());
+    }
+    return out.write(text) == text.size();
+}
+
+bool CCmtd99File::SaveCfg(const char *path)
+{
+    saveError.clear();
+    const QString name = QString::fromLocal8Bit(path);
+    CSafeWriteSet set;
+    QIODevice *out = set.Begin(name);
+    if (out && !WriteCfg(*out))
+        set.Fail(QCoreApplication::translate("CCmtd99File", "Could not write %1: %2")
+                     .arg(name, out->errorString()));
+    if (!out || !set.Commit()) {
+        saveError = set.ErrorText();
+        return false;
     }
     return true;
 }

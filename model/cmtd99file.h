@@ -6,6 +6,9 @@
 #include "cmtdtypes.h"
 
 #include <QByteArray>
+#include <QString>
+
+class QIODevice;
 
 #include <cstdint>
 #include <memory>
@@ -84,13 +87,19 @@ public:
     int ReadInfVersion(const char *path);
     // Checks the counts, builds the effective segments; 0 means usable.
     int Validate();
+    // The writers go through a write set: a failure leaves the earlier file as it was, returns
+    // false and leaves the file and the system's reason in `saveError`.
     bool SaveCfg(const char *path);
-    // Writes the data file, then the configuration; stops at the first failure.
+    // Writes the data file and the configuration as one pair: both complete before either
+    // takes its name, ".dat" first. A name ending in ".cfg" (any case) is kept as given.
     bool SaveFile(const char *path);
     // Reads the samples; true when at least 5 were loaded. Runs on the frame's worker.
     bool LoadDat(const char *path, ProgressFn fn, void *context);
     // Writes the loaded samples in the form that `fileType` names.
     bool SaveDat(const char *datPath, int reserved1 = 0, int reserved2 = 0);
+    // The bodies of SaveCfg and SaveDat, onto a device of a write set.
+    bool WriteCfg(QIODevice &out) const;
+    bool WriteDat(QIODevice &out);
     void BuildScaleGroups();
     // Back to the empty state; `datMessages` survive.
     void ClearAll();
@@ -123,6 +132,8 @@ public:
     LoadMessageList extMessages;
     LoadMessageList reservedMessages;
     LoadMessageList datMessages;
+    // Why the last save failed: the file and the system's reason ("No space left on device").
+    QString saveError;
     int32_t maxDeviceId = 0;
     int16_t firstFreeChannelIndex = 0;
     int16_t firstFreeChannelIndex2 = 0;

@@ -5,8 +5,11 @@
 #include "cmtd99file.h"
 #include "diskfile.h"
 #include "linereader.h"
+#include "safewrite.h"
 
+#include <QCoreApplication>
 #include <QFileInfo>
+#include <QIODevice>
 
 #include <algorithm>
 #include <bit>
@@ -779,99 +782,168 @@ void CCmtd99File::BuildScaleGroups()
     }
 }
 
-bool CCmtd99File::SaveDat(const char *datPath, int, int)
+namespace {
+
+// The multiplier rule of the writer: where the extreme value would not fit the raw values (16
+// bits, or 32 for the 2013 integers), the channel's `a` is widened in place; the configuration
+// is written afterwards and carries it.
+void widenMultipliers(CCmtd99File &file, bool wide)
 {
-    const bool ascii = qstricmp(fileDesc.fileType.constData(), "ASCII") == 0;
-    const bool wide = fileDesc.is2013() && qstricmp(fileDesc.fileType.constData(), "BINARY32") == 0;
-    const bool floats = fileDesc.is2013() && qstricmp(fileDesc.fileType.constData(), "FLOAT32") == 0;
-    // Widen a multiplier where the extreme value would not fit the raw values (16 bits, or 32
-    // for the 2013 integers); the configuration is written afterwards and carries it.
-    for (const auto &map : analogMaps) {
-        if (floats)
-            break;
+    for (const auto &map : file.analogMaps) {
         CmtdChn_Analog *c = map->config;
         const float peak = std::max(std::fabs(map->maxValue), std::fabs(map->minValue));
         const float r = (peak - c->b) / c->a / (wide ? 2147483000.0f : 32766.0f);
         if (r > 1.0f)
             c->a *= r;
     }
-    CDiskFile out;
-    if (!out.Open(datPath, "wb"))
-        return false;
-    const int analogs = static_cast<int>(analogMaps.size());
-    const int statuses = static_cast<int>(statusMaps.size());
-    const float timeMult = fileDesc.timeMult > 0.0f ? fileDesc.timeMult : 1.0f;
-    auto stampOf = [&](int n) {
-        const double stamp = double(sampleTimes ? sampleTimes[n] : 0) / double(timeMult);
-        return static_cast<int32_t>(std::clamp(stamp, double(INT32_MIN), double(INT32_MAX)));
-    };
+}
 
-    if (ascii) {
-        std::unique_ptr<char[]> line(new (std::nothrow) char[kAsciiLine]);
-        if (!line)
-            return false;
-        for (int n = 0; n < loadedPoints; ++n) {
-            int used = std::snprintf(line.get(), kAsciiLine, "%d,%d", n + 1, stampOf(n));
-            for (int c = 0; c < analogs && used < kAsciiLine - 16; ++c) {
-                const CChnMapAnalog &map = *analogMaps[c];
-                used += std::snprintf(line.get() + used, static_cast<size_t>(kAsciiLine - used), ",%d",
-                                      rawValue(map.Value(n), map.config->a, map.config->b));
-            }
-            for (int c = 0; c < statuses && used < kAsciiLine - 16; ++c)
-                used += std::snprintf(line.get() + used, static_cast<size_t>(kAsciiLine - used), ",%d",
-                                      statusMaps[c]->Bit(n));
-            line[used++] = '\n';
-            out.Write(line.get(), used);
+int32_t stampOf(const CCmtd99File &file, int n)
+{
+    const float timeMult = file.fileDesc.timeMult > 0.0f ? file.fileDesc.timeMult : 1.0f;
+    const double stamp = double(file.sampleTimes ? file.sampleTimes[n] : 0) / double(timeMult);
+    return static_cast<int32_t>(std::clamp(stamp, double(INT32_MIN), double(INT32_MAX)));
+}
+
+// One line per sample, "n,stamp,A1,...,D1,...", each line written as soon as it is built.
+bool writeAsciiRecords(const CCmtd99File &file, QIODevice &out)
+{
+    std::unique_ptr<char[]> line(new (std::nothrow) char[kAsciiLine]);
+    if (!line)
+        return false;
+    const int analogs = static_cast<int>(file.analogMaps.size());
+    const int statuses = static_cast<int>(file.statusMaps.size());
+    for (int n = 0; n < file.loadedPoints; ++n) {
+        int used = std::snprintf(line.get(), kAsciiLine, "%d,%d", n + 1, stampOf(file, n));
+        for (int c = 0; c < analogs && used < kAsciiLine - 16; ++c) {
+            const CChnMapAnalog &map = *file.analogMaps[c];
+            used += std::snprintf(line.get() + used, static_cast<size_t>(kAsciiLine - used), ",%d",
+                                  rawValue(map.Value(n), map.config->a, map.config->b));
         }
-    } else {
-        const int words = (statuses + 15) / 16;
-        const int width = wide || floats ? 4 : 2;
-        const int recordSize = 8 + analogs * width + words * 2;
-        std::unique_ptr<unsigned char[]> block(
-            new (std::nothrow) unsigned char[static_cast<size_t>(recordSize) * kSaveRecords]);
-        if (!block)
+        for (int c = 0; c < statuses && used < kAsciiLine - 16; ++c)
+            used += std::snprintf(line.get() + used, static_cast<size_t>(kAsciiLine - used), ",%d",
+                                  file.statusMaps[c]->Bit(n));
+        line[used++] = '\n';
+        if (out.write(line.get(), used) != used)
             return false;
-        for (int first = 0; first < loadedPoints; first += kSaveRecords) {
-            const int count = std::min(kSaveRecords, loadedPoints - first);
-            std::memset(block.get(), 0, static_cast<size_t>(recordSize) * static_cast<size_t>(count));
-            for (int i = 0; i < count; ++i) {
-                const int n = first + i;
-                unsigned char *record = block.get() + static_cast<size_t>(i) * recordSize;
-                putInt32(record, n + 1);
-                putInt32(record + 4, stampOf(n));
-                for (int c = 0; c < analogs; ++c) {
-                    const CChnMapAnalog &map = *analogMaps[c];
-                    unsigned char *value = record + 8 + width * c;
-                    if (floats) {
-                        const auto raw = static_cast<float>((double(map.Value(n)) - double(map.config->b)) /
-                                                            double(map.config->a));
-                        uint32_t bits;
-                        std::memcpy(&bits, &raw, sizeof bits);
-                        putInt32(value, static_cast<int32_t>(bits));
-                        continue;
-                    }
-                    const int raw = rawValue(map.Value(n), map.config->a, map.config->b);
-                    if (wide)
-                        putInt32(value, raw);
-                    else
-                        putInt16(value, std::clamp(raw, -32768, 32767));
-                }
-                unsigned char *status = record + 8 + width * analogs;
-                for (int c = 0; c < statuses; ++c) {
-                    if (statusMaps[c]->Bit(n))
-                        status[(c >> 4) * 2 + ((c & 15) >> 3)] |= static_cast<unsigned char>(1u << (c & 7));
-                }
-            }
-            out.Write(block.get(), recordSize * count);
-        }
     }
-    return out.GetLength() > 0;
+    return true;
+}
+
+// The analog values of one binary record: 16-bit or 32-bit integers, or IEEE floats.
+void putAnalogValues(const CCmtd99File &file, int n, unsigned char *first, int width, bool floats)
+{
+    const int analogs = static_cast<int>(file.analogMaps.size());
+    for (int c = 0; c < analogs; ++c) {
+        const CChnMapAnalog &map = *file.analogMaps[c];
+        unsigned char *value = first + width * c;
+        if (floats) {
+            const auto raw =
+                static_cast<float>((double(map.Value(n)) - double(map.config->b)) / double(map.config->a));
+            uint32_t bits;
+            std::memcpy(&bits, &raw, sizeof bits);
+            putInt32(value, static_cast<int32_t>(bits));
+            continue;
+        }
+        const int raw = rawValue(map.Value(n), map.config->a, map.config->b);
+        if (width == 4)
+            putInt32(value, raw);
+        else
+            putInt16(value, std::clamp(raw, -32768, 32767));
+    }
+}
+
+// Records assembled 1024 at a time, status words zeroed before each block, one write per block.
+bool writeBinaryRecords(const CCmtd99File &file, QIODevice &out, int width, bool floats)
+{
+    const int analogs = static_cast<int>(file.analogMaps.size());
+    const int statuses = static_cast<int>(file.statusMaps.size());
+    const int words = (statuses + 15) / 16;
+    const int recordSize = 8 + analogs * width + words * 2;
+    std::unique_ptr<unsigned char[]> block(
+        new (std::nothrow) unsigned char[static_cast<size_t>(recordSize) * kSaveRecords]);
+    if (!block)
+        return false;
+    for (int first = 0; first < file.loadedPoints; first += kSaveRecords) {
+        const int count = std::min(kSaveRecords, file.loadedPoints - first);
+        std::memset(block.get(), 0, static_cast<size_t>(recordSize) * static_cast<size_t>(count));
+        for (int i = 0; i < count; ++i) {
+            const int n = first + i;
+            unsigned char *record = block.get() + static_cast<size_t>(i) * recordSize;
+            putInt32(record, n + 1);
+            putInt32(record + 4, stampOf(file, n));
+            putAnalogValues(file, n, record + 8, width, floats);
+            unsigned char *status = record + 8 + width * analogs;
+            for (int c = 0; c < statuses; ++c) {
+                if (file.statusMaps[c]->Bit(n))
+                    status[(c >> 4) * 2 + ((c & 15) >> 3)] |= static_cast<unsigned char>(1u << (c & 7));
+            }
+        }
+        const qint64 bytes = qint64(recordSize) * count;
+        if (out.write(reinterpret_cast<const char *>(block.get()), bytes) != bytes)
+            return false;
+    }
+    return true;
+}
+
+QString saveText(const char *text)
+{
+    return QCoreApplication::translate("CCmtd99File", text);
+}
+
+} // namespace
+
+bool CCmtd99File::WriteDat(QIODevice &out)
+{
+    const bool ascii = qstricmp(fileDesc.fileType.constData(), "ASCII") == 0;
+    const bool wide = fileDesc.is2013() && qstricmp(fileDesc.fileType.constData(), "BINARY32") == 0;
+    const bool floats = fileDesc.is2013() && qstricmp(fileDesc.fileType.constData(), "FLOAT32") == 0;
+    if (!floats)
+        widenMultipliers(*this, wide);
+    if (ascii)
+        return writeAsciiRecords(*this, out);
+    return writeBinaryRecords(*this, out, wide || floats ? 4 : 2, floats);
+}
+
+bool CCmtd99File::SaveDat(const char *datPath, int, int)
+{
+    saveError.clear();
+    CSafeWriteSet set;
+    QIODevice *out = set.Begin(QString::fromLocal8Bit(datPath));
+    if (out && loadedPoints < 1)
+        set.Fail(saveText("No samples to write to %1").arg(QString::fromLocal8Bit(datPath)));
+    if (out && !set.Failed() && !WriteDat(*out))
+        set.Fail(saveText("Could not write %1: %2").arg(QString::fromLocal8Bit(datPath), out->errorString()));
+    if (!out || !set.Commit()) {
+        saveError = set.ErrorText();
+        return false;
+    }
+    return true;
 }
 
 bool CCmtd99File::SaveFile(const char *path)
 {
+    // The pair is one set: both files complete on disk before either takes its name, ".dat"
+    // first. A name given with its ".cfg" (in any case) is kept as given.
+    saveError.clear();
+    const QByteArray given(path);
+    const QByteArray extension = given.mid(given.lastIndexOf('.'));
+    const bool named = given.lastIndexOf('.') > given.lastIndexOf('/') && qstricmp(extension, ".cfg") == 0;
     const QByteArray base = CmtdBasePath(path);
-    if (!SaveDat((base + ".dat").constData(), 0, 0))
+    const QByteArray cfgPath = named ? given : base + ".cfg";
+    const QByteArray datPath = base + (named && extension == ".CFG" ? ".DAT" : ".dat");
+    CSafeWriteSet set;
+    QIODevice *dat = set.Begin(QString::fromLocal8Bit(datPath));
+    QIODevice *cfg = dat ? set.Begin(QString::fromLocal8Bit(cfgPath)) : nullptr;
+    if (cfg && loadedPoints < 1)
+        set.Fail(saveText("No samples to write to %1").arg(QString::fromLocal8Bit(datPath)));
+    if (cfg && !set.Failed() && !WriteDat(*dat))
+        set.Fail(saveText("Could not write %1: %2").arg(QString::fromLocal8Bit(datPath), dat->errorString()));
+    if (cfg && !set.Failed() && !WriteCfg(*cfg))
+        set.Fail(saveText("Could not write %1: %2").arg(QString::fromLocal8Bit(cfgPath), cfg->errorString()));
+    if (!cfg || !set.Commit()) {
+        saveError = set.ErrorText();
         return false;
-    return SaveCfg((base + ".cfg").constData());
+    }
+    return true;
 }

@@ -1,0 +1,151 @@
+#include "safewrite.h"
+
+#include <QCoreApplication>
+#include <QCryptographicHash>
+#include <QDir>
+#include <QFileInfo>
+#include <QLockFile>
+#include <QSaveFile>
+
+#if defined(Q_OS_UNIX)
+#include <cerrno>
+#include <cstring>
+#include <unistd.h>
+#endif
+
+namespace {
+
+// How long a commit waits for another save of the same files to finish its renames.
+constexpr int kLockWaitMs = 60000;
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("CSafeWriteSet", text);
+}
+
+} // namespace
+
+CSafeWriteSet::CSafeWriteSet() = default;
+
+CSafeWriteSet::~CSafeWriteSet()
+{
+    Abort();
+}
+
+void CSafeWriteSet::FailOn(const QString &path, const QString &reason)
+{
+    if (m_error.isEmpty())
+        m_error = tr("Could not write %1: %2").arg(QDir::toNativeSeparators(path), reason);
+}
+
+void CSafeWriteSet::Fail(const QString &text)
+{
+    if (m_error.isEmpty())
+        m_error = text;
+}
+
+QIODevice *CSafeWriteSet::Begin(const QString &path)
+{
+    if (Failed())
+        return nullptr;
+    auto file = std::make_unique<QSaveFile>(path);
+    // Writing in place would leave half a file under the final name on failure; a folder in
+    // which no temporary can be made is a failure like any other.
+    file->setDirectWriteFallback(false);
+    if (!file->open(QIODevice::WriteOnly)) {
+        FailOn(path, file->errorString());
+        Abort();
+        return nullptr;
+    }
+    m_files.push_back(Entry{path, std::move(file)});
+    return m_files.back().file.get();
+}
+
+bool CSafeWriteSet::Complete(Entry &entry)
+{
+    QSaveFile &file = *entry.file;
+    if (file.error() != QFileDevice::NoError || !file.flush()) {
+        FailOn(entry.path, file.errorString());
+        return false;
+    }
+#if defined(Q_OS_UNIX)
+    // The data must be on the disk before any file of the set takes its final name: a file
+    // system that reports a full disk or a quota only at this point still leaves the old files.
+    if (::fsync(file.handle()) != 0 && errno != EINVAL) {
+        FailOn(entry.path, QString::fromLocal8Bit(std::strerror(errno)));
+        return false;
+    }
+#endif
+    return true;
+}
+
+QString CSafeWriteSet::LockPath() const
+{
+    QCryptographicHash hash(QCryptographicHash::Sha1);
+    for (const Entry &entry : m_files) {
+        const QFileInfo info(entry.path);
+        const QString folder = QFileInfo(info.absolutePath()).canonicalFilePath();
+        hash.addData(QFile::encodeName(folder + QLatin1Char('/') + info.fileName()));
+        hash.addData(QByteArrayView("\n"));
+    }
+    return QDir::temp().filePath(
+        QStringLiteral("veldrix-save-%1.lock").arg(QString::fromLatin1(hash.result().toHex().left(24))));
+}
+
+bool CSafeWriteSet::Commit()
+{
+    if (Failed() || m_files.empty()) {
+        Abort();
+        return false;
+    }
+    for (Entry &entry : m_files) {
+        if (!Complete(entry)) {
+            Abort();
+            return false;
+        }
+    }
+    // Renames of one set happen together: another save of the same names waits here, so the
+    // pair on disk always comes from one of them.
+    std::unique_ptr<QLockFile> lock;
+    if (m_files.size() > 1) {
+        lock = std::make_unique<QLockFile>(LockPath());
+        if (!lock->tryLock(kLockWaitMs)) {
+            FailOn(m_files.front().path, tr("another save of this file did not finish"));
+            Abort();
+            return false;
+        }
+    }
+    for (Entry &entry : m_files) {
+        if (!entry.file->commit()) {
+            FailOn(entry.path, entry.file->errorString());
+            Abort();
+            return false;
+        }
+        entry.file.reset();
+    }
+    m_files.clear();
+    return true;
+}
+
+void CSafeWriteSet::Abort()
+{
+    for (Entry &entry : m_files) {
+        if (entry.file)
+            entry.file->cancelWriting();
+    }
+    // Destroying an uncommitted QSaveFile removes its temporary.
+    m_files.clear();
+}
+
+bool WriteFileSafely(const QString &path, const QByteArray &bytes, QString *error)
+{
+    CSafeWriteSet set;
+    QIODevice *out = set.Begin(path);
+    if (out && out->write(bytes) != bytes.size())
+        set.Fail(QCoreApplication::translate("CSafeWriteSet", "Could not write %1: %2")
+                     .arg(QDir::toNativeSeparators(path), out->errorString()));
+    const bool ok = out && set.Commit();
+    if (!ok && error)
+        *error = set.ErrorText();
+    return ok;
+}
