@@ -771,8 +771,7 @@ bool CCmtd99File::SaveCfg(const char *path)
     CSafeWriteSet set;
     QIODevice *out = set.Begin(name);
     if (out && !WriteCfg(*out))
-        set.Fail(QCoreApplication::translate("CCmtd99File", "Could not write %1: %2")
-                     .arg(name, out->errorString()));
+        set.WriteFailed(out);
     if (!out || !set.Commit()) {
         saveError = set.ErrorText();
         return false;

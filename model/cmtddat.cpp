@@ -28,7 +28,8 @@ constexpr int kMaxBlock = 4 << 20;   // largest read of the binary loader
 constexpr int kCopyBuffer = 2 << 20; // piece size when joining numbered parts
 constexpr int kSaveRecords = 1024;   // records per write of the binary writer
 constexpr int kAsciiLine = 128 << 10;
-constexpr int kRun = 256; // records decoded together, small enough for the cache
+constexpr int kAsciiBlock = 1 << 20; // lines gathered per write of the ASCII writer
+constexpr int kRun = 256;            // records decoded together, small enough for the cache
 
 inline int32_t readInt32(const unsigned char *p)
 {
@@ -813,6 +814,9 @@ bool writeAsciiRecords(const CCmtd99File &file, QIODevice &out)
         return false;
     const int analogs = static_cast<int>(file.analogMaps.size());
     const int statuses = static_cast<int>(file.statusMaps.size());
+    // Lines are gathered into blocks, so that the disk sees large writes.
+    QByteArray block;
+    block.reserve(kAsciiBlock + kAsciiLine);
     for (int n = 0; n < file.loadedPoints; ++n) {
         int used = std::snprintf(line.get(), kAsciiLine, "%d,%d", n + 1, stampOf(file, n));
         for (int c = 0; c < analogs && used < kAsciiLine - 16; ++c) {
@@ -824,8 +828,12 @@ bool writeAsciiRecords(const CCmtd99File &file, QIODevice &out)
             used += std::snprintf(line.get() + used, static_cast<size_t>(kAsciiLine - used), ",%d",
                                   file.statusMaps[c]->Bit(n));
         line[used++] = '\n';
-        if (out.write(line.get(), used) != used)
-            return false;
+        block.append(line.get(), used);
+        if (block.size() >= kAsciiBlock || n + 1 == file.loadedPoints) {
+            if (out.write(block) != block.size())
+                return false;
+            block.clear();
+        }
     }
     return true;
 }
@@ -913,7 +921,7 @@ bool CCmtd99File::SaveDat(const char *datPath, int, int)
     if (out && loadedPoints < 1)
         set.Fail(saveText("No samples to write to %1").arg(QString::fromLocal8Bit(datPath)));
     if (out && !set.Failed() && !WriteDat(*out))
-        set.Fail(saveText("Could not write %1: %2").arg(QString::fromLocal8Bit(datPath), out->errorString()));
+        set.WriteFailed(out);
     if (!out || !set.Commit()) {
         saveError = set.ErrorText();
         return false;
@@ -938,9 +946,9 @@ bool CCmtd99File::SaveFile(const char *path)
     if (cfg && loadedPoints < 1)
         set.Fail(saveText("No samples to write to %1").arg(QString::fromLocal8Bit(datPath)));
     if (cfg && !set.Failed() && !WriteDat(*dat))
-        set.Fail(saveText("Could not write %1: %2").arg(QString::fromLocal8Bit(datPath), dat->errorString()));
+        set.WriteFailed(dat);
     if (cfg && !set.Failed() && !WriteCfg(*cfg))
-        set.Fail(saveText("Could not write %1: %2").arg(QString::fromLocal8Bit(cfgPath), cfg->errorString()));
+        set.WriteFailed(cfg);
     if (!cfg || !set.Commit()) {
         saveError = set.ErrorText();
         return false;

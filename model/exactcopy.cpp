@@ -470,9 +470,9 @@ bool writeData(const CCmtd99File &file, const Plan &plan, QIODevice &out)
     return plan.target.ascii ? writeAscii(file, plan, out) : writeBinary(file, plan, out);
 }
 
-bool writeFailed(CSafeWriteSet &set, const QString &path, QIODevice *out)
+bool writeFailed(CSafeWriteSet &set, QIODevice *out)
 {
-    set.Fail(tr("Could not write %1: %2").arg(QDir::toNativeSeparators(path), out->errorString()));
+    set.WriteFailed(out);
     return false;
 }
 
@@ -487,10 +487,10 @@ bool writePair(const CCmtd99File &file, const Plan &plan, const QString &path, C
     if (!cfg)
         return false;
     if (!writeData(file, plan, *dat))
-        return writeFailed(set, datPath, dat);
+        return writeFailed(set, dat);
     const QByteArray text = configText(file, plan);
     if (cfg->write(text) != text.size())
-        return writeFailed(set, path, cfg);
+        return writeFailed(set, cfg);
     return true;
 }
 
@@ -503,7 +503,7 @@ bool writeCff(const CCmtd99File &file, const Plan &plan, const QString &path, CS
         CffSectionHead("CFG") + configText(file, plan) + CffSectionHead("INF") + CffSectionHead("HDR") +
         CffDataHead(plan.target.fileType, qint64(recordSize(file, plan.target)) * file.loadedPoints);
     if (out->write(head) != head.size() || !writeData(file, plan, *out))
-        return writeFailed(set, path, out);
+        return writeFailed(set, out);
     return true;
 }
 

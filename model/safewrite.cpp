@@ -25,6 +25,49 @@ QString tr(const char *text)
 
 } // namespace
 
+// A temporary that reports the system's reason for a short write. The disk may take part of a
+// block before it refuses the rest; the rest is offered again, so that the refusal comes with
+// its reason ("No space left on device") instead of a bare short count.
+class CSafeFile : public QSaveFile
+{
+public:
+    using QSaveFile::QSaveFile;
+    QString reason;
+
+    // Writes what the buffer holds; a second try after a short write gives the reason.
+    bool flushAll()
+    {
+        for (int attempt = 0; attempt < 2; ++attempt) {
+            if (flush())
+                return true;
+            note();
+        }
+        return false;
+    }
+
+protected:
+    qint64 writeData(const char *data, qint64 length) override
+    {
+        qint64 done = 0;
+        while (done < length) {
+            const qint64 written = QSaveFile::writeData(data + done, length - done);
+            if (written <= 0) {
+                note();
+                return done > 0 ? done : -1;
+            }
+            done += written;
+        }
+        return done;
+    }
+
+private:
+    void note()
+    {
+        if (error() != QFileDevice::NoError && reason.isEmpty())
+            reason = errorString();
+    }
+};
+
 CSafeWriteSet::CSafeWriteSet() = default;
 
 CSafeWriteSet::~CSafeWriteSet()
@@ -44,15 +87,43 @@ void CSafeWriteSet::Fail(const QString &text)
         m_error = text;
 }
 
+void CSafeWriteSet::WriteFailed(QIODevice *device)
+{
+    for (const Entry &entry : m_files) {
+        if (entry.file.get() == device) {
+            FailOn(entry.path, entry.file->reason.isEmpty() ? tr("the file could not be written whole")
+                                                            : entry.file->reason);
+            return;
+        }
+    }
+    Fail(tr("Could not write the file"));
+}
+
 QIODevice *CSafeWriteSet::Begin(const QString &path)
 {
     if (Failed())
         return nullptr;
-    auto file = std::make_unique<QSaveFile>(path);
+    // A device, a pipe or a folder under the name is no file to replace, and a file that its
+    // owner marked read-only stays as it is, even where the rename would be allowed.
+    const QFileInfo existing(path);
+    if (existing.exists() && !existing.isFile()) {
+        FailOn(path, tr("it is not a regular file"));
+        Abort();
+        return nullptr;
+    }
+    constexpr auto anyWrite = QFileDevice::WriteOwner | QFileDevice::WriteGroup | QFileDevice::WriteOther;
+    if (existing.exists() && (!existing.isWritable() || !(existing.permissions() & anyWrite))) {
+        FailOn(path, tr("the file is read-only"));
+        Abort();
+        return nullptr;
+    }
+    auto file = std::make_unique<CSafeFile>(path);
     // Writing in place would leave half a file under the final name on failure; a folder in
     // which no temporary can be made is a failure like any other.
     file->setDirectWriteFallback(false);
-    if (!file->open(QIODevice::WriteOnly)) {
+    // Unbuffered: each write goes to the disk at once, so a refusal comes with the system's
+    // reason (the writers hand over whole blocks).
+    if (!file->open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
         FailOn(path, file->errorString());
         Abort();
         return nullptr;
@@ -63,9 +134,9 @@ QIODevice *CSafeWriteSet::Begin(const QString &path)
 
 bool CSafeWriteSet::Complete(Entry &entry)
 {
-    QSaveFile &file = *entry.file;
-    if (file.error() != QFileDevice::NoError || !file.flush()) {
-        FailOn(entry.path, file.errorString());
+    CSafeFile &file = *entry.file;
+    if (!file.reason.isEmpty() || file.error() != QFileDevice::NoError || !file.flushAll()) {
+        FailOn(entry.path, file.reason.isEmpty() ? tr("the disk took only part of the data") : file.reason);
         return false;
     }
 #if defined(Q_OS_UNIX)
@@ -141,9 +212,9 @@ bool WriteFileSafely(const QString &path, const QByteArray &bytes, QString *erro
 {
     CSafeWriteSet set;
     QIODevice *out = set.Begin(path);
-    if (out && out->write(bytes) != bytes.size())
-        set.Fail(QCoreApplication::translate("CSafeWriteSet", "Could not write %1: %2")
-                     .arg(QDir::toNativeSeparators(path), out->errorString()));
+    // A short write is found again, with its reason, when the set completes its files.
+    if (out)
+        out->write(bytes);
     const bool ok = out && set.Commit();
     if (!ok && error)
         *error = set.ErrorText();

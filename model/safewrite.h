@@ -7,7 +7,7 @@
 #include <vector>
 
 class QIODevice;
-class QSaveFile;
+class CSafeFile;
 
 // The one way every writer of the program puts a file on disk: each file is written to a
 // temporary of its own in the target folder, every write is checked, and only when all the
@@ -35,8 +35,12 @@ public:
     bool Commit();
     // Drops every temporary; the final names keep what they held.
     void Abort();
-    // Marks the set failed with a reason of the caller's (a value the file cannot hold...).
+    // Marks the set failed with a reason of the caller's. A short write need not be reported:
+    // the set finds it again, with the system's reason, when it completes its files.
     void Fail(const QString &text);
+    // Marks the set failed because a write to `device` (one of the set's) did not complete; the
+    // text names the file and the system's reason.
+    void WriteFailed(QIODevice *device);
     bool Failed() const { return !m_error.isEmpty(); }
     // "Could not write <file>: <reason>", empty while nothing failed.
     QString ErrorText() const { return m_error; }
@@ -45,7 +49,7 @@ private:
     struct Entry
     {
         QString path;
-        std::unique_ptr<QSaveFile> file;
+        std::unique_ptr<CSafeFile> file;
     };
     bool Complete(Entry &entry);
     void FailOn(const QString &path, const QString &reason);
