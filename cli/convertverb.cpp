@@ -6,20 +6,33 @@
 
 #include <QFile>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 
 int RunConvert(int argc, char **argv)
 {
     const char *paths[2] = {nullptr, nullptr};
-    const char *form = nullptr;
+    ExactCopyFormat format;
     bool progress = false;
     int named = 0;
     for (int i = 0; i < argc; ++i) {
-        if (std::strcmp(argv[i], "--ascii") == 0) {
-            form = "ASCII";
-        } else if (std::strcmp(argv[i], "--binary") == 0) {
-            form = "BINARY";
+        const char *forms[][2] = {{"--ascii", "ASCII"},
+                                  {"--binary", "BINARY"},
+                                  {"--binary32", "BINARY32"},
+                                  {"--float32", "FLOAT32"}};
+        const auto form = std::find_if(std::begin(forms), std::end(forms),
+                                       [&](const auto &f) { return std::strcmp(argv[i], f[0]) == 0; });
+        if (form != std::end(forms)) {
+            format.fileType = (*form)[1];
+        } else if (std::strcmp(argv[i], "--revision") == 0) {
+            const QByteArray year = i + 1 < argc ? QByteArray(argv[++i]) : QByteArray();
+            if (year != "1991" && year != "1999" && year != "2013") {
+                std::fprintf(stderr, "veldrix-cli convert: --revision expects 1991, 1999 or 2013\n");
+                return 2;
+            }
+            format.revision = year.toInt();
         } else if (std::strcmp(argv[i], "--progress") == 0) {
             progress = true;
         } else if (argv[i][0] == '-' && argv[i][1] == '-') {
@@ -32,7 +45,8 @@ int RunConvert(int argc, char **argv)
         }
     }
     if (named != 2) {
-        std::fprintf(stderr, "usage: veldrix-cli convert PATH OUT [--ascii|--binary] [--progress]\n");
+        std::fprintf(stderr, "usage: veldrix-cli convert PATH OUT [--ascii|--binary|--binary32|--float32] "
+                             "[--revision 1991|1999|2013] [--progress]\n");
         return 2;
     }
 
@@ -52,9 +66,6 @@ int RunConvert(int argc, char **argv)
     const LoadOutcome outcome = LoadRecording("convert", paths[0], file, true, progress);
     if (outcome != LoadOutcome::Usable)
         return ExitCodeOf(outcome);
-    ExactCopyFormat format;
-    if (form)
-        format.fileType = form;
     QString error;
     switch (SaveExactCopy(file, out, format, &error)) {
     case ExactCopyResult::Written:

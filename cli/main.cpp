@@ -15,18 +15,20 @@ namespace {
 
 void printUsage(FILE *out)
 {
-    std::fprintf(out, "usage: veldrix-cli <verb> [options]\n"
-                      "verbs:\n"
-                      "  info [--json] [--progress] [--encoding NAME] PATH\n"
-                      "      describe a recording (PATH may carry any extension) and load its samples\n"
-                      "  samples --json PATH [--from N] [--to M] [--channel A<n>|D<n>]... [--progress]\n"
-                      "      the samples as stored: times in microseconds from the trigger, analog values\n"
-                      "      scaled to secondary quantities without unit prefix, status bits\n"
-                      "  phasors --json PATH --at SAMPLE [--dft-method rectSin|rectCos|trapSin|trapCos]\n"
-                      "          [--dft-win prev|cent|next] [--phcomp] [--primary]\n"
-                      "      fundamental phasor, effective values and read-out of every analog channel\n"
-                      "  convert PATH OUT [--ascii|--binary] [--progress]\n"
-                      "      write the recording (data and configuration file) under a new name\n");
+    std::fprintf(out,
+                 "usage: veldrix-cli <verb> [options]\n"
+                 "verbs:\n"
+                 "  info [--json] [--progress] [--encoding NAME] PATH\n"
+                 "      describe a recording (PATH may carry any extension) and load its samples\n"
+                 "  samples --json PATH [--from N] [--to M] [--channel A<n>|D<n>]... [--progress]\n"
+                 "      the samples as stored: times in microseconds from the trigger, analog values\n"
+                 "      scaled to secondary quantities without unit prefix, status bits\n"
+                 "  phasors --json PATH --at SAMPLE [--dft-method rectSin|rectCos|trapSin|trapCos]\n"
+                 "          [--dft-win prev|cent|next] [--phcomp] [--primary]\n"
+                 "      fundamental phasor, effective values and read-out of every analog channel\n"
+                 "  convert PATH OUT [--ascii|--binary|--binary32|--float32] [--revision 1991|1999|2013]\n"
+                 "          [--progress]\n"
+                 "      write an exact copy of the recording under a new name ending in .cfg or .cff\n");
 }
 
 } // namespace

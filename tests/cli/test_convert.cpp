@@ -1,0 +1,225 @@
+// `veldrix-cli convert` as a script meets it: names it refuses, outputs that are its own input,
+// a full disk, two runs at once, and values the target form cannot hold.
+
+#include "../tinyfolder.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+
+namespace {
+
+struct CliResult
+{
+    int code = -1;
+    QByteArray out;
+    QByteArray err;
+};
+
+CliResult cli(const QStringList &arguments, const std::function<void()> &inChild = {})
+{
+    QProcess process;
+    if (inChild)
+        process.setChildProcessModifier(inChild);
+    process.start(QStringLiteral(VELDRIX_CLI), arguments);
+    process.waitForFinished(60000);
+    return CliResult{process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
+}
+
+QByteArray checksum(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return "<missing>";
+    return QCryptographicHash::hash(file.readAll(), QCryptographicHash::Sha256).toHex();
+}
+
+QStringList namesIn(const QString &folder)
+{
+    return QDir(folder).entryList(QDir::Files | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
+}
+
+// An ASCII recording at 1 kHz of two analog channels (a sine of `amplitude` raw steps and a
+// channel in kV) and one status channel, `points` long, under `name` in `folder`.
+QString writeRecording(const QString &folder, const QString &name, int points, int amplitude)
+{
+    const QString base = folder + QLatin1Char('/') + name;
+    QFile cfg(base + QStringLiteral(".cfg"));
+    EXPECT_TRUE(cfg.open(QIODevice::WriteOnly));
+    cfg.write("Station,Device,1999\n3,2A,1D\n1,UA,A,Bay 1,V,0.1,0,0,-32767,32767,1,1,S\n"
+              "2,UB,B,Bay 1,kV,0.001,0,0,-32767,32767,110,0.1,P\n1,Trip,,,0\n50\n1\n");
+    cfg.write("1000," + QByteArray::number(points) + "\n");
+    cfg.write("01/02/2024,10:00:00.000000\n01/02/2024,10:00:00.100000\nASCII\n1\n");
+    QFile dat(base + QStringLiteral(".dat"));
+    EXPECT_TRUE(dat.open(QIODevice::WriteOnly));
+    QByteArray text;
+    for (int n = 0; n < points; ++n) {
+        const int ua = int(std::lround(amplitude * std::sin(2 * M_PI * 50.0 * n / 1000.0)));
+        text += QByteArray::number(n + 1) + ',' + QByteArray::number(n * 1000) + ',' +
+                QByteArray::number(ua) + ',' + QByteArray::number(n % 2 ? n % 3000 : -(n % 3000)) + ',' +
+                (n % 100 < 50 ? "1" : "0") + '\n';
+    }
+    dat.write(text);
+    return base + QStringLiteral(".cfg");
+}
+
+QJsonDocument samplesOf(const QString &path)
+{
+    return QJsonDocument::fromJson(cli({QStringLiteral("samples"), QStringLiteral("--json"), path}).out);
+}
+
+} // namespace
+
+TEST(Convert, RefusesNamesThatAreNoRecordingsAndOutputsThatAreItsInput)
+{
+    QTemporaryDir dir;
+    const QString input = writeRecording(dir.path(), QStringLiteral("rec"), 400, 1000);
+    const QString dat = dir.filePath(QStringLiteral("rec.dat"));
+    const QByteArray cfgSum = checksum(input);
+    const QByteArray datSum = checksum(dat);
+    ASSERT_TRUE(QFile::link(input, dir.filePath(QStringLiteral("link.cfg"))));
+    ASSERT_TRUE(QDir(dir.path()).mkdir(QStringLiteral("sub")));
+    const QStringList before = namesIn(dir.path());
+
+    for (const QString &out :
+         {input, dir.filePath(QStringLiteral("link.cfg")), dir.filePath(QStringLiteral("sub/../rec.cfg"))}) {
+        const CliResult run = cli({QStringLiteral("convert"), input, out, QStringLiteral("--binary")});
+        EXPECT_EQ(run.code, 2) << out.toStdString();
+        EXPECT_TRUE(run.err.contains("recording being read")) << run.err.constData();
+    }
+    // Names that are no recording's create nothing.
+    for (const char *name : {"z.txt", "z", "z.dat"}) {
+        const CliResult run = cli({QStringLiteral("convert"), input, dir.filePath(QLatin1String(name))});
+        EXPECT_EQ(run.code, 2) << name;
+        EXPECT_TRUE(run.err.contains(".cfg or .cff")) << run.err.constData();
+    }
+    EXPECT_EQ(cli({QStringLiteral("convert"), input, dir.filePath(QStringLiteral("y.cfg")),
+                   QStringLiteral("--revision"), QStringLiteral("1998")})
+                  .code,
+              2);
+    EXPECT_EQ(namesIn(dir.path()), before);
+    EXPECT_EQ(checksum(input), cfgSum);
+    EXPECT_EQ(checksum(dat), datSum);
+
+    // The single-file form onto itself.
+    const QString cff = dir.filePath(QStringLiteral("one.cff"));
+    ASSERT_EQ(cli({QStringLiteral("convert"), input, cff}).code, 0);
+    const QByteArray cffSum = checksum(cff);
+    EXPECT_EQ(cli({QStringLiteral("convert"), cff, cff, QStringLiteral("--ascii")}).code, 2);
+    EXPECT_EQ(checksum(cff), cffSum);
+    EXPECT_EQ(samplesOf(cff), samplesOf(input));
+}
+
+TEST(Convert, FullDiskFailsWithTheReasonAndLeavesTheEarlierFiles)
+{
+    QTemporaryDir dir;
+    const QString input = writeRecording(dir.path(), QStringLiteral("big"), 8000, 20000);
+    auto expectSentinelsKept = [](const QString &folder, const CliResult &run, const char *reason) {
+        EXPECT_NE(run.code, 0);
+        EXPECT_TRUE(run.err.contains(reason)) << run.err.constData();
+        EXPECT_TRUE(run.err.contains("out.")) << run.err.constData();
+        QFile cfg(folder + QStringLiteral("/out.cfg"));
+        QFile dat(folder + QStringLiteral("/out.dat"));
+        EXPECT_TRUE(cfg.open(QIODevice::ReadOnly) && cfg.readAll() == "old config");
+        EXPECT_TRUE(dat.open(QIODevice::ReadOnly) && dat.readAll() == "old data");
+        EXPECT_EQ(namesIn(folder), (QStringList{QStringLiteral("out.cfg"), QStringLiteral("out.dat")}));
+    };
+    auto putSentinels = [](const QString &folder) {
+        QFile cfg(folder + QStringLiteral("/out.cfg"));
+        QFile dat(folder + QStringLiteral("/out.dat"));
+        ASSERT_TRUE(cfg.open(QIODevice::WriteOnly) && dat.open(QIODevice::WriteOnly));
+        cfg.write("old config");
+        dat.write("old data");
+    };
+
+    TinyFolder tiny(64);
+    if (tiny.isMounted()) {
+        putSentinels(tiny.path());
+        const CliResult run = cli({QStringLiteral("convert"), input, tiny.filePath(QStringLiteral("out.cfg")),
+                                   QStringLiteral("--ascii")});
+        expectSentinelsKept(tiny.path(), run, "No space left on device");
+    }
+    QTemporaryDir target;
+    putSentinels(target.path());
+    const CliResult run =
+        cli({QStringLiteral("convert"), input, target.filePath(QStringLiteral("out.cfg"))}, [] {
+            std::signal(SIGXFSZ, SIG_IGN);
+            rlimit limit{};
+            ::getrlimit(RLIMIT_FSIZE, &limit);
+            limit.rlim_cur = 16 * 1024;
+            ::setrlimit(RLIMIT_FSIZE, &limit);
+        });
+    expectSentinelsKept(target.path(), run, "File too large");
+}
+
+TEST(Convert, TwoRunsAtOnceLeaveOneWholeRecording)
+{
+    QTemporaryDir dir;
+    const QString first = writeRecording(dir.path(), QStringLiteral("p"), 30000, 1000);
+    const QString second = writeRecording(dir.path(), QStringLiteral("q"), 20000, 3000);
+    const QJsonDocument expectFirst = samplesOf(first);
+    const QJsonDocument expectSecond = samplesOf(second);
+    ASSERT_NE(expectFirst, expectSecond);
+    const QString out = dir.filePath(QStringLiteral("out.cfg"));
+    for (int round = 0; round < 4; ++round) {
+        QProcess a;
+        QProcess b;
+        a.start(QStringLiteral(VELDRIX_CLI),
+                {QStringLiteral("convert"), first, out, QStringLiteral("--binary")});
+        b.start(QStringLiteral(VELDRIX_CLI),
+                {QStringLiteral("convert"), second, out, QStringLiteral("--binary")});
+        ASSERT_TRUE(a.waitForFinished(60000) && b.waitForFinished(60000));
+        EXPECT_EQ(a.exitCode(), 0) << a.readAllStandardError().constData();
+        EXPECT_EQ(b.exitCode(), 0) << b.readAllStandardError().constData();
+        const QJsonDocument result = samplesOf(out);
+        EXPECT_TRUE(result == expectFirst || result == expectSecond) << "round " << round;
+    }
+    EXPECT_EQ(namesIn(dir.path()),
+              (QStringList{QStringLiteral("out.cfg"), QStringLiteral("out.dat"), QStringLiteral("p.cfg"),
+                           QStringLiteral("p.dat"), QStringLiteral("q.cfg"), QStringLiteral("q.dat")}));
+}
+
+TEST(Convert, ValuesThatAreNoNumbersRefuseAnOlderForm)
+{
+    QTemporaryDir dir;
+    // A 2013 FLOAT32 recording whose channel "Ifault" holds NaN at its seventh sample.
+    QByteArray bytes;
+    for (int n = 0; n < 10; ++n) {
+        const int32_t head[2] = {n + 1, n * 1000};
+        const float value = n == 6 ? std::nanf("") : 0.5f * float(n);
+        bytes.append(reinterpret_cast<const char *>(head), 8);
+        bytes.append(reinterpret_cast<const char *>(&value), 4);
+    }
+    QFile dat(dir.filePath(QStringLiteral("f.dat")));
+    ASSERT_TRUE(dat.open(QIODevice::WriteOnly));
+    dat.write(bytes);
+    dat.close();
+    QFile cfg(dir.filePath(QStringLiteral("f.cfg")));
+    ASSERT_TRUE(cfg.open(QIODevice::WriteOnly));
+    cfg.write(
+        "S,R,2013\n1,1A,0D\n1,Ifault,A,,A,1,0,0,-1,1,1,1,S\n50\n1\n1000,10\n01/02/2024,10:00:00.000000\n"
+        "01/02/2024,10:00:00.000000\nFLOAT32\n1\n0,0\n0,0\n");
+    cfg.close();
+
+    const CliResult refused = cli({QStringLiteral("convert"), dir.filePath(QStringLiteral("f.cfg")),
+                                   dir.filePath(QStringLiteral("old.cfg")), QStringLiteral("--binary"),
+                                   QStringLiteral("--revision"), QStringLiteral("1999")});
+    EXPECT_EQ(refused.code, 2);
+    EXPECT_TRUE(refused.err.contains("Ifault") && refused.err.contains("sample 7"))
+        << refused.err.constData();
+    EXPECT_FALSE(QFile::exists(dir.filePath(QStringLiteral("old.cfg"))));
+    EXPECT_FALSE(QFile::exists(dir.filePath(QStringLiteral("old.dat"))));
+    // The recording's own revision has a marker for it.
+    EXPECT_EQ(cli({QStringLiteral("convert"), dir.filePath(QStringLiteral("f.cfg")),
+                   dir.filePath(QStringLiteral("new.cfg")), QStringLiteral("--binary")})
+                  .code,
+              0);
+}
