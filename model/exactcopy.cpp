@@ -161,6 +161,8 @@ Coding chooseCoding(const CChnMapAnalog &map, int points, const Target &target)
     const double reach = std::max(std::fabs(lowest - b), std::fabs(highest - b));
     coding.b = static_cast<float>(b);
     coding.a = floatAtLeast(target.floats ? std::max(1.0, reach / limit) : reach / limit);
+    if (!(coding.a > 0.0f))
+        coding.a = 1.0f; // every value equals the offset: any multiplier holds them
     // The configured range keeps its meaning in the new raw values.
     auto rawOf = [&](double oldRaw) {
         const double raw = (oldRaw * double(c.a) + double(c.b) - double(coding.b)) / double(coding.a);
@@ -549,8 +551,8 @@ struct PlainRule
             written = double(static_cast<float>(raw));
         } else {
             double r = raw + (raw < 0.0 ? -0.5 : 0.5);
-            r = std::isfinite(r) ? std::trunc(std::clamp(r, double(INT_MIN), double(INT_MAX)))
-                                 : double(INT_MIN);
+            r = !std::isnan(r) ? std::trunc(std::clamp(r, double(INT_MIN), double(INT_MAX)))
+                               : double(INT_MIN);
             written = target->width == 2 && !target->ascii ? std::clamp(r, -32768.0, 32767.0) : r;
         }
         return double(static_cast<float>(written * (double(a) * f) + double(b) * f));

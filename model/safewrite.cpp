@@ -34,14 +34,12 @@ public:
     using QSaveFile::QSaveFile;
     QString reason;
 
-    // Writes what the buffer holds; a second try after a short write gives the reason.
+    // Hands over anything still held; the file is opened unbuffered, so this is a check.
     bool flushAll()
     {
-        for (int attempt = 0; attempt < 2; ++attempt) {
-            if (flush())
-                return true;
-            note();
-        }
+        if (flush())
+            return true;
+        note();
         return false;
     }
 

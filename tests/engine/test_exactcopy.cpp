@@ -216,6 +216,20 @@ TEST(ExactCopy, ExtremeFloatsAndTheFullAsciiRangeSurvive)
     EXPECT_EQ(again.analogChannels[0]->b, 0.5f);
     // The plain Save As widens this multiplier (it fits 16 bits only), so it warns.
     ASSERT_EQ(FindChannelsChangedBySave(ascii, {}).size(), 1u);
+
+    // A multiplier of 0 holds nothing but the offset: the copy gets one that holds it.
+    dir.write("zero.dat", {"1,0,3", "2,1000,4", "3,2000,5", "4,3000,6", "5,4000,7"});
+    const std::string zero =
+        dir.write("zero.cfg", {"S,R,1999", "1,1A,0D", "1,Z,,,V,0,2.5,0,-1,1,1,1,S", "50", "1", "1000,5",
+                               "01/02/2024,10:00:00.000000", "01/02/2024,10:00:00.000000", "ASCII", "1"});
+    CCmtd99File flat;
+    ASSERT_TRUE(load(flat, zero));
+    ASSERT_EQ(SaveExactCopy(flat, QString::fromStdString(dir.path("z2.cfg")), {}, &error),
+              ExactCopyResult::Written);
+    CCmtd99File flatBack;
+    ASSERT_TRUE(load(flatBack, dir.path("z2.cfg")));
+    for (int n = 0; n < 5; ++n)
+        EXPECT_EQ(flatBack.analogMaps[0]->Value(n), 2.5f) << n;
 }
 
 TEST(ExactCopy, ValuesThatAreNoNumbersBecomeMarkersOrRefuseTheCopy)
