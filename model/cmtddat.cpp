@@ -609,15 +609,18 @@ bool CCmtd99File::MergeDatParts(const QByteArray &base, const QByteArray &datPat
         return false;
     if (!fileExists(CmtdSiblingPath(base, ".d00")))
         return false;
-    CDiskFile out;
-    if (!out.Open(datPath.constData(), "wb"))
+    // The joined ".dat" stays beside its parts and is read by later loads: it appears whole
+    // or not at all, never cut short by a full disk.
+    CSafeWriteSet set;
+    QIODevice *out = set.Begin(QString::fromLocal8Bit(datPath));
+    if (!out)
         return false;
     for (int n = 0; n < 100; ++n) {
         char extension[8];
         std::snprintf(extension, sizeof extension, ".d%02d", n);
         const QByteArray part = CmtdSiblingPath(base, extension);
         if (!fileExists(part))
-            return n > 0;
+            return n > 0 && set.Commit();
         CDiskFile in;
         if (!in.Open(part.constData(), "rb"))
             return false;
@@ -626,12 +629,12 @@ bool CCmtd99File::MergeDatParts(const QByteArray &base, const QByteArray &datPat
             return false;
         while (left > 0) {
             const int piece = static_cast<int>(std::min<int64_t>(left, kCopyBuffer));
-            if (!in.Read(buffer.get(), piece) || !out.Write(buffer.get(), piece))
+            if (!in.Read(buffer.get(), piece) || out->write(buffer.get(), piece) != piece)
                 return false;
             left -= piece;
         }
     }
-    return true;
+    return set.Commit();
 }
 
 std::unique_ptr<CDiskFile> CCmtd99File::OpenDataSource(const char *path)

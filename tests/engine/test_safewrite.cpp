@@ -174,3 +174,36 @@ TEST(SafeWrite, SaveOfThePairLeavesTheOldPairWhenEitherCannotBeWritten)
     EXPECT_EQ(back.loadedPoints, 20);
     EXPECT_FLOAT_EQ(back.analogMaps[0]->Value(19), 4 * 7 * 0.5f);
 }
+
+TEST(SafeWrite, JoiningNumberedPartsOnAFullDiskLeavesNoShortDat)
+{
+    TempRecording dir;
+    // Two parts of 4000 binary records each (10 bytes: number, stamp, one value).
+    for (int part = 0; part < 2; ++part) {
+        QByteArray bytes;
+        for (int n = part * 4000; n < (part + 1) * 4000; ++n) {
+            const int32_t head[2] = {n + 1, n * 1000};
+            const int16_t value = static_cast<int16_t>(n % 1000);
+            bytes.append(reinterpret_cast<const char *>(head), 8);
+            bytes.append(reinterpret_cast<const char *>(&value), 2);
+        }
+        put(QString::fromStdString(dir.path(part ? "parts.d01" : "parts.d00")), bytes);
+    }
+    const std::string cfg = dir.write(
+        "parts.cfg", {"S,R,1999", "1,1A,0D", "1,UA,,,V,1,0,0,-32767,32767,1,1,S", "50", "1", "1000,8000",
+                      "01/02/2024,10:00:00.000000", "01/02/2024,10:00:00.000000", "BINARY", "1"});
+    CCmtd99File file;
+    ASSERT_TRUE(file.LoadFile(cfg.c_str()));
+    {
+        const FileSizeLimit limit(64 * 1024);
+        EXPECT_FALSE(file.LoadDat(cfg.c_str(), nullptr, nullptr));
+    }
+    EXPECT_FALSE(QFile::exists(QString::fromStdString(dir.path("parts.dat"))));
+    EXPECT_EQ(
+        namesIn(QFileInfo(QString::fromStdString(cfg)).path()),
+        (QStringList{QStringLiteral("parts.cfg"), QStringLiteral("parts.d00"), QStringLiteral("parts.d01")}));
+    // With room the parts are joined and read whole.
+    ASSERT_TRUE(file.LoadDat(cfg.c_str(), nullptr, nullptr));
+    EXPECT_EQ(file.loadedPoints, 8000);
+    EXPECT_EQ(file.analogMaps[0]->Value(7999), 999.0f);
+}
