@@ -57,6 +57,7 @@ private:
     int m_quadCount = 0;
     bool m_ended = false;
 };
+
 // Joins the files of base into one ".cff"; the data part is ASCII or binary as `fileType` says.
 // The file is written safely: on failure the earlier ".cff" stays and `error` says why.
 bool JoinCff(const QByteArray &base, const QByteArray &fileType, const QByteArray &cffPath,
