@@ -30,6 +30,7 @@ namespace {
 
 constexpr int kRecordsPerWrite = 1024;
 constexpr double kAsciiLimit = 99999.0;
+constexpr double kAsciiLimit2013 = 99998.0; // 99,999 is a 2013 ASCII file's missing value
 constexpr double kInt16Limit = 32767.0;
 constexpr double kInt32Limit = 2147483647.0;
 constexpr uint32_t kFloatMissing = 0xFFFFFFFFu; // a NaN
@@ -99,7 +100,10 @@ bool resolveTarget(const CCmtd99File &file, const ExactCopyFormat &format, Targe
     target.ascii = type == "ASCII";
     target.floats = type == "FLOAT32";
     target.width = type == "BINARY" ? 2 : 4;
-    target.limit = target.ascii ? kAsciiLimit : (target.width == 2 ? kInt16Limit : kInt32Limit);
+    if (target.ascii)
+        target.limit = target.revision == 2013 ? kAsciiLimit2013 : kAsciiLimit;
+    else
+        target.limit = target.width == 2 ? kInt16Limit : kInt32Limit;
     target.markers = target.revision == 2013;
     return true;
 }

@@ -214,6 +214,15 @@ TEST(ExactCopy, ExtremeFloatsAndTheFullAsciiRangeSurvive)
     ASSERT_TRUE(load(again, dir.path("w2.cfg")));
     EXPECT_EQ(again.analogChannels[0]->a, 1.27f);
     EXPECT_EQ(again.analogChannels[0]->b, 0.5f);
+    // In a 2013 ASCII file 99,999 marks a missing value: the copy's multiplier keeps clear of it.
+    ASSERT_EQ(SaveExactCopy(ascii, QString::fromStdString(dir.path("w13.cfg")), {"ASCII", 2013}, &error),
+              ExactCopyResult::Written);
+    CCmtd99File ascii2013;
+    ASSERT_TRUE(load(ascii2013, dir.path("w13.cfg")));
+    const double halfStep = 0.5 * ascii2013.analogChannels[0]->a;
+    EXPECT_GT(halfStep, 0.5 * 1.27f);
+    for (int n = 0; n < 7; ++n)
+        EXPECT_NEAR(ascii2013.analogMaps[0]->Value(n), ascii.analogMaps[0]->Value(n), halfStep * 1.0001) << n;
     // The plain Save As widens this multiplier (it fits 16 bits only), so it warns.
     ASSERT_EQ(FindChannelsChangedBySave(ascii, {}).size(), 1u);
 
