@@ -90,6 +90,8 @@ int main(int argc, char **argv)
     }
 
     const int code = QApplication::exec();
-    globalOptions.save();
+    QString error;
+    if (!globalOptions.save(&error))
+        std::fprintf(stderr, "veldrix: the options were not saved: %s\n", error.toLocal8Bit().constData());
     return code;
 }

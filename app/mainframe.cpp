@@ -213,7 +213,9 @@ void CMainFrame::slot_Options()
     COptionsDialog dialog(globalOptions, this);
     if (dialog.exec() == QDialog::Accepted) {
         dialog.apply();
-        globalOptions.save();
+        QString error;
+        if (!globalOptions.save(&error))
+            reportWarning("%s", error.toLocal8Bit().constData());
         for (CMdiChildFrame *child : children())
             child->update();
     }

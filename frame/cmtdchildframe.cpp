@@ -1,5 +1,6 @@
 #include "cmtdchildframe.h"
 
+#include "exactcopy.h"
 #include "notices.h"
 
 #include "cmtdchildcontainer.h"
@@ -14,11 +15,14 @@
 
 #include <QCloseEvent>
 #include <QComboBox>
+#include <QDir>
+#include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QLabel>
 #include <QMessageBox>
 #include <QProgressBar>
+#include <QPushButton>
 #include <QScrollBar>
 #include <QSplitter>
 #include <QStackedWidget>
@@ -429,18 +433,76 @@ void CCmtdChildFrame::slot_CmbWaveUntSelChanged(int)
 
 bool CCmtdChildFrame::saveAs(const QString &path)
 {
-    return m_file.SaveFile(path.toLocal8Bit().constData());
+    if (m_file.SaveFile(QFile::encodeName(path).constData()))
+        return true;
+    reportWarning("%s", (m_file.saveError.isEmpty() ? tr("Failed to write %1").arg(path) : m_file.saveError)
+                            .toLocal8Bit()
+                            .constData());
+    return false;
+}
+
+bool CCmtdChildFrame::saveRecordingAs(const QString &chosen)
+{
+    const QString path = PathWithExtension(chosen, {"cfg", "cff"});
+    // Writing over the files being read would change the recording under the reader.
+    if (OutputTouchesInput(m_fileName, path)) {
+        reportWarning("%s", tr("%1 is a file of the open recording; choose another name.")
+                                .arg(QDir::toNativeSeparators(path))
+                                .toLocal8Bit()
+                                .constData());
+        return false;
+    }
+    // The plain Save As writes by its own rule, which changes some channels' values (a unit
+    // prefix, primary values, a steadily rising channel): the engineer chooses knowingly.
+    const ExactCopyFormat format; // the recording's own data type and revision
+    const std::vector<ChangedChannel> changed = FindChannelsChangedBySave(m_file, format);
+    if (!changed.empty()) {
+        switch (askSaveKind(changed)) {
+        case SaveKind::ExactCopy:
+            return saveExactCopy(path, format);
+        case SaveKind::AsIs:
+            break;
+        case SaveKind::Cancel:
+            return false;
+        }
+    }
+    return saveAs(path);
+}
+
+CCmtdChildFrame::SaveKind CCmtdChildFrame::askSaveKind(const std::vector<ChangedChannel> &changed)
+{
+    QStringList names;
+    for (const ChangedChannel &channel : changed)
+        names << channel.name;
+    QMessageBox box(QMessageBox::Warning, QString(),
+                    tr("These channels will not keep their values in the saved file: %1")
+                        .arg(names.join(QStringLiteral(", "))),
+                    QMessageBox::NoButton, this);
+    QPushButton *exact = box.addButton(tr("Save Exact Copy"), QMessageBox::AcceptRole);
+    QPushButton *asIs = box.addButton(tr("Save As Is"), QMessageBox::DestructiveRole);
+    box.addButton(QMessageBox::Cancel);
+    box.setDefaultButton(exact);
+    box.exec();
+    if (box.clickedButton() == exact)
+        return SaveKind::ExactCopy;
+    return box.clickedButton() == asIs ? SaveKind::AsIs : SaveKind::Cancel;
+}
+
+bool CCmtdChildFrame::saveExactCopy(const QString &path, const ExactCopyFormat &format)
+{
+    QString error;
+    if (SaveExactCopy(m_file, path, format, &error) == ExactCopyResult::Written)
+        return true;
+    reportWarning("%s", error.toLocal8Bit().constData());
+    return false;
 }
 
 void CCmtdChildFrame::slot_FileSaveAs()
 {
     const QString chosen =
         QFileDialog::getSaveFileName(this, QString(), m_fileName, tr("COMTRADE File(*.cfg)"));
-    if (chosen.isEmpty())
-        return;
-    const QString path = PathWithExtension(chosen, {"cfg", "cff"});
-    if (!saveAs(path))
-        reportWarning("%s", tr("Failed to write %1").arg(path).toLocal8Bit().constData());
+    if (!chosen.isEmpty())
+        saveRecordingAs(chosen);
 }
 
 void CCmtdChildFrame::slot_BtnServerStop()

@@ -3,6 +3,7 @@
 #include "cmtd99file.h"
 #include "cmtddocument.h"
 #include "cmtdthread.h"
+#include "exactcopy.h"
 #include "mdichildframe.h"
 
 #include <QList>
@@ -31,6 +32,9 @@ class CCmtdChildFrame : public CMdiChildFrame
     Q_OBJECT
 
 public:
+    // Save As to a chosen name: refuses the recording's own files, asks before a save that
+    // would change channels' values, and says why a write failed.
+    bool saveRecordingAs(const QString &chosen);
     using Action = CCmtdDocument::Action;
     using enum CCmtdDocument::Action;
     using enum CCmtdDocument::BackgroundBit;
@@ -90,6 +94,14 @@ private:
     void showSpan();
     void showNotices();
     bool saveAs(const QString &path);
+    bool saveExactCopy(const QString &path, const ExactCopyFormat &format);
+    enum class SaveKind
+    {
+        ExactCopy,
+        AsIs,
+        Cancel
+    };
+    SaveKind askSaveKind(const std::vector<ChangedChannel> &changed);
     QString absoluteTimeText(const char *label, int sample) const;
     void toggleFlag(CCmtdDocument::DisplayFlag flag);
     void setMapFlag(CCmtdDocument::DisplayFlag frameFlag, uint32_t mapFlag, bool analogOnly);

@@ -52,12 +52,6 @@ bool parseHead(const QByteArray &line, Part &part, qsizetype &count)
     return true;
 }
 
-bool writeFile(const QByteArray &path, const QByteArray &bytes)
-{
-    QFile file(QString::fromLocal8Bit(path));
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-}
-
 } // namespace
 
 bool IsCffPath(const QByteArray &path)

@@ -1,5 +1,8 @@
 #include "safewrite.h"
 
+#include <cstdarg>
+#include <cstdio>
+
 #include <QCoreApplication>
 #include <QCryptographicHash>
 #include <QDir>
@@ -217,4 +220,21 @@ bool WriteFileSafely(const QString &path, const QByteArray &bytes, QString *erro
     if (!ok && error)
         *error = set.ErrorText();
     return ok;
+}
+
+void CTextOutput::Printf(const char *format, ...)
+{
+    va_list args;
+    va_start(args, format);
+    va_list again;
+    va_copy(again, args);
+    const int length = std::vsnprintf(nullptr, 0, format, args);
+    va_end(args);
+    if (length > 0) {
+        const qsizetype at = m_bytes.size();
+        m_bytes.resize(at + length + 1);
+        std::vsnprintf(m_bytes.data() + at, size_t(length) + 1, format, again);
+        m_bytes.resize(at + length); // the terminator is not part of the text
+    }
+    va_end(again);
 }

@@ -61,3 +61,22 @@ private:
 
 // Writes a small file whole through a set of one; false with `error` filled on failure.
 bool WriteFileSafely(const QString &path, const QByteArray &bytes, QString *error);
+
+// Text composed in memory with printf-style pieces, for small files that are then written whole
+// with WriteFileSafely (the options file, the wave view status).
+class CTextOutput
+{
+public:
+    void Printf(const char *format, ...)
+#if defined(__GNUC__)
+        __attribute__((format(printf, 2, 3)))
+#endif
+        ;
+    const QByteArray &bytes() const
+    {
+        return m_bytes;
+    }
+
+private:
+    QByteArray m_bytes;
+};

@@ -1,5 +1,7 @@
 #include "globaloptions.h"
 
+#include "safewrite.h"
+
 #include "diskfile.h"
 #include "globalsettings.h"
 #include "linereader.h"
@@ -290,16 +292,15 @@ void CGlobalOptions::loadLibraries(const QByteArray &directory)
     }
 }
 
-void CGlobalOptions::save() const
+bool CGlobalOptions::save(QString *error) const
 {
-    saveTo(programDirectory() + programBaseName() + ".INI");
+    return saveTo(programDirectory() + programBaseName() + ".INI", error);
 }
 
-void CGlobalOptions::saveTo(const QByteArray &path) const
+bool CGlobalOptions::saveTo(const QByteArray &path, QString *error) const
 {
-    CDiskFile file;
-    if (!file.Open(path.constData(), "w"))
-        return;
+    // Composed whole, then written safely: a full disk leaves the earlier options as they were.
+    CTextOutput file;
     file.Printf("%s=%s\n", "codec", codec.constData());
     file.Printf("%s=%s\n", "style", style.constData());
     file.Printf("%s=%s\n", "font", font.constData());
@@ -326,6 +327,7 @@ void CGlobalOptions::saveTo(const QByteArray &path) const
     file.Printf("%s=%d\n", "LineParamMxPI", int(lineParamMxPI));
     file.Printf("%s=%g(V),%g(V)\n", "LineParamMxTV", double(lineParamMxTV[0]), double(lineParamMxTV[1]));
     file.Printf("%s=%g(A),%g(A)\n", "LineParamMxTA", double(lineParamMxTA[0]), double(lineParamMxTA[1]));
+    return WriteFileSafely(QString::fromLocal8Bit(path), file.bytes(), error);
 }
 
 void CGlobalOptions::selectLanguage(const QByteArray &name)

@@ -62,8 +62,10 @@ public:
     void load();
     // The same from an explicit directory (with trailing "/") and program base name.
     void loadFrom(const QByteArray &directory, const QByteArray &baseName);
-    void save() const;
-    void saveTo(const QByteArray &path) const;
+    // The options file is written whole or not at all; false with the file and the system's
+    // reason in `error` when the disk refused it.
+    bool save(QString *error = nullptr) const;
+    bool saveTo(const QByteArray &path, QString *error = nullptr) const;
     // Makes a language current; an empty name means `language`. Unknown names change nothing.
     void selectLanguage(const QByteArray &name = QByteArray());
 

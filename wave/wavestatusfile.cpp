@@ -8,6 +8,7 @@
 #include "cmtdviewanawave.h"
 #include "diskfile.h"
 #include "linereader.h"
+#include "safewrite.h"
 
 #include <QScrollBar>
 
@@ -208,9 +209,8 @@ void readWaveStatus(CDiskFile &file, const CCmtd99File &recording, WaveStatus &s
 
 bool CCmtdViewAnaWave::saveStatus(const char *path) const
 {
-    CDiskFile file;
-    if (!file.Open(path, "w"))
-        return false;
+    // Composed whole, then written safely: a failed save leaves the earlier status file.
+    CTextOutput file;
     const CCmtd99File &recording = document->recording();
     file.Printf("%s", kSeparator);
     file.Printf("[Public]\n");
@@ -256,7 +256,7 @@ bool CCmtdViewAnaWave::saveStatus(const char *path) const
             file.Printf("%c%d, ", map->chnType == CChnMapBase::TypeAnalog ? 'A' : 'S', map->Index());
         file.Printf("\n%s", kSeparator);
     }
-    return true;
+    return WriteFileSafely(QString::fromLocal8Bit(path), file.bytes(), nullptr);
 }
 
 bool CCmtdViewAnaWave::loadStatus(const char *path)

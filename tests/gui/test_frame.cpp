@@ -1,6 +1,8 @@
 // The document frame and its worker: job slot, progress, cancel and close, the menus and
 // action states that follow the recording, and the time texts of the read-outs.
 
+#include "chnmap.h"
+#include "cmtd99file.h"
 #include "cmtdchildcontainer.h"
 #include "cmtdchildcontainercfg.h"
 #include "cmtdchildframe.h"
@@ -9,17 +11,22 @@
 #include "recordingwriter.h"
 #include "timetext.h"
 
+#include <QAbstractButton>
 #include <QAction>
+#include <QApplication>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
 #include <QLabel>
 #include <QMenuBar>
+#include <QMessageBox>
 #include <QPointer>
 #include <QProgressBar>
 #include <QStandardPaths>
 #include <QStatusBar>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 #include <QToolBar>
 
 namespace {
@@ -101,6 +108,77 @@ private Q_SLOTS:
                  QStringLiteral("/t/one.cff"));
         QCOMPARE(PathWithExtension(QStringLiteral("/t/v1.2"), {"wvs"}), QStringLiteral("/t/v1.2.wvs"));
         QCOMPARE(MenuText(QStringLiteral("&Open")), QStringLiteral("&&Open"));
+    }
+
+    void saveAsAsksBeforeChangingValues()
+    {
+        // What the message box showed, and a press of the button with the given text (empty:
+        // none was up).
+        QString boxText;
+        auto pressWhenUp = [&boxText](const QString &button) {
+            QTimer::singleShot(50, [&boxText, button] {
+                for (QWidget *widget : QApplication::topLevelWidgets()) {
+                    auto *box = qobject_cast<QMessageBox *>(widget);
+                    if (!box || !box->isVisible())
+                        continue;
+                    boxText = box->text();
+                    for (QAbstractButton *b : box->buttons()) {
+                        if (b->text() == button ||
+                            (box->standardButton(b) == QMessageBox::Cancel && button.isEmpty()))
+                            b->click();
+                    }
+                }
+            });
+        };
+        QTemporaryDir dir;
+        // A clean recording saves without a question.
+        CCmtdChildFrame *clean = open(writeRecording(dir, "clean", 300, 2, 1));
+        QVERIFY(clean && waitIdle(clean));
+        pressWhenUp(QString());
+        QVERIFY(clean->saveRecordingAs(dir.filePath(QStringLiteral("clean-copy"))));
+        QTest::qWait(80);
+        QVERIFY2(boxText.isEmpty(), qPrintable(boxText));
+        QVERIFY(QFileInfo::exists(dir.filePath(QStringLiteral("clean-copy.cfg"))));
+
+        // A channel in kV comes out of the plain save scaled: the engineer is asked.
+        const QString path = writeRecording(dir, "kilo", 300, 2, 0);
+        QFile cfg(path);
+        QVERIFY(cfg.open(QIODevice::ReadOnly));
+        QByteArray text = cfg.readAll();
+        cfg.close();
+        text.replace("2,U2,A,,V,", "2,U2,A,,kV,");
+        QVERIFY(cfg.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        cfg.write(text);
+        cfg.close();
+        CCmtdChildFrame *kilo = open(path);
+        QVERIFY(kilo && waitIdle(kilo));
+        pressWhenUp(QString());
+        QVERIFY(!kilo->saveRecordingAs(dir.filePath(QStringLiteral("cancelled.cfg"))));
+        QCOMPARE(boxText, QStringLiteral("These channels will not keep their values in the saved file: U2"));
+        QVERIFY(!QFileInfo::exists(dir.filePath(QStringLiteral("cancelled.cfg"))));
+        // "Save Exact Copy" writes values that read back within half a step of the 16-bit form.
+        boxText.clear();
+        pressWhenUp(QStringLiteral("Save Exact Copy"));
+        QVERIFY(kilo->saveRecordingAs(dir.filePath(QStringLiteral("exact.cfg"))));
+        QVERIFY(!boxText.isEmpty());
+        CCmtd99File copy;
+        const QByteArray exact = QFile::encodeName(dir.filePath(QStringLiteral("exact.cfg")));
+        QVERIFY(copy.LoadFile(exact.constData()) && copy.LoadDat(exact.constData(), nullptr, nullptr));
+        const CChnMapAnalog &shown = *kilo->recording().analogMaps[1];
+        const CChnMapAnalog &saved = *copy.analogMaps[1];
+        const double step = std::fabs(double(copy.analogChannels[1]->a));
+        for (int n = 0; n < 300; n += 7)
+            QVERIFY2(
+                std::fabs(double(saved.Value(n)) - double(shown.Value(n))) <= step / 2 + 1e-9,
+                qPrintable(
+                    QStringLiteral("sample %1: %2 vs %3").arg(n).arg(saved.Value(n)).arg(shown.Value(n))));
+
+        // Writing over the recording's own files is refused, and they stay as they were.
+        const QByteArray before = text;
+        pressWhenUp(QStringLiteral("OK"));
+        QVERIFY(!kilo->saveRecordingAs(path));
+        QVERIFY(cfg.open(QIODevice::ReadOnly));
+        QCOMPARE(cfg.readAll(), before);
     }
 
     void encodingPickerReadsTheNamesAgain()
