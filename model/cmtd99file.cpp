@@ -386,56 +386,78 @@ int CCmtd99File::LoadCfg(const char *path)
     return LoadCfgFrom(file);
 }
 
+// The lines of a configuration as the reader walks them: one line at a time into a buffer of
+// its own, split at commas on demand.
+struct CCmtd99File::CfgLines
+{
+    CDiskFile &file;
+    int32_t &lineNumber;
+    std::unique_ptr<char[]> buffer{new (std::nothrow) char[kCfgLineSize]};
+    char *fields[kCfgMaxFields] = {};
+    char *line = nullptr;
+    int count = 0;
+
+    // False when the file has no more lines: the read ends quietly, and `Validate` reports
+    // what is lacking.
+    bool next() { return ReadDataLine(file, lineNumber, buffer.get(), kCfgLineSize, line) != 0; }
+    void split() { count = SplitTrimmed(line, fields, kCfgMaxFields, ','); }
+};
+
 int CCmtd99File::LoadCfgFrom(CDiskFile &file)
 {
     cursor = Cursor();
-
-    std::unique_ptr<char[]> buffer(new (std::nothrow) char[kCfgLineSize]);
-    if (!buffer)
+    CfgLines in{file, cursor.line};
+    if (!in.buffer)
         return ReadNoMemory;
-    char *fields[kCfgMaxFields];
-    char *line = nullptr;
-    int count = 0;
-    CmtdFileDescription &desc = fileDesc;
-    // Every line is fetched the same way; a missing line ends the read quietly with 3, and
-    // `Validate` reports what is lacking.
-    auto nextLine = [&]() {
-        if (ReadDataLine(file, cursor.line, buffer.get(), kCfgLineSize, line) == 0)
-            return false;
-        return true;
-    };
-    auto split = [&]() { count = SplitTrimmed(line, fields, kCfgMaxFields, ','); };
+    int result = readIdentity(in);
+    if (result == ReadContinue)
+        result = readChannels(in);
+    if (result == ReadContinue)
+        result = readRates(in);
+    if (result == ReadContinue)
+        result = readStampsAndType(in);
+    if (result == ReadContinue)
+        result = readTimeLines(in);
+    return result == ReadContinue ? int(ReadDone) : result;
+}
 
-    // station_name,rec_dev_id,rev_year
-    if (!nextLine())
+// station_name,rec_dev_id,rev_year
+int CCmtd99File::readIdentity(CfgLines &in)
+{
+    CmtdFileDescription &desc = fileDesc;
+    if (!in.next())
         return ReadDone;
     // A byte-order mark belongs to the file, not to the station's name.
-    if (static_cast<unsigned char>(line[0]) == 0xEF && static_cast<unsigned char>(line[1]) == 0xBB &&
-        static_cast<unsigned char>(line[2]) == 0xBF)
-        line += 3;
-    split();
-    if (count < 2) {
+    if (static_cast<unsigned char>(in.line[0]) == 0xEF && static_cast<unsigned char>(in.line[1]) == 0xBB &&
+        static_cast<unsigned char>(in.line[2]) == 0xBF)
+        in.line += 3;
+    in.split();
+    if (in.count < 2) {
         AddCfgMessage(CmtdMessage("Lossing Parameters (<2), Needs [station-name, station-id <, revision>]!"));
         return ReadRefused;
     }
-    setText(desc.stationName, desc.flags, CmtdFileDescription::StationGiven, fields[0]);
-    setText(desc.recDevId, desc.flags, CmtdFileDescription::DeviceGiven, fields[1]);
-    if (count >= 3) {
-        desc.revYear = fields[2];
+    setText(desc.stationName, desc.flags, CmtdFileDescription::StationGiven, in.fields[0]);
+    setText(desc.recDevId, desc.flags, CmtdFileDescription::DeviceGiven, in.fields[1]);
+    if (in.count >= 3) {
+        desc.revYear = in.fields[2];
         if (!desc.recDevId.isEmpty())
             desc.flags |= CmtdFileDescription::RevYearGiven;
     }
-    const bool form1999 = std::atoi(desc.revYear.constData()) >= 1999;
-    const bool form2013 = desc.is2013();
+    return ReadContinue;
+}
 
-    // TT,##A,##D in either order of the two counts
-    if (!nextLine())
+// TT,##A,##D in either order of the two counts, then one line per channel.
+int CCmtd99File::readChannels(CfgLines &in)
+{
+    CmtdFileDescription &desc = fileDesc;
+    if (!in.next())
         return ReadDone;
-    split();
-    if (count < 3) {
+    in.split();
+    if (in.count < 3) {
         AddCfgMessage(CmtdMessage("Lossing Parameters (<3), Needs [T, xxA, xxD]!"));
         return ReadRefused;
     }
+    char **fields = in.fields;
     ToUpperAscii(fields[1]);
     ToUpperAscii(fields[2]);
     // Each count must fit what the reader holds (16 bits); a larger one is refused as written,
@@ -470,32 +492,36 @@ int CCmtd99File::LoadCfgFrom(CDiskFile &file)
 
     int result = ReadDone;
     for (int i = 0; i < analogs; ++i) {
-        if (!nextLine())
+        if (!in.next())
             return ReadDone;
-        split();
-        if (!ReadAnalogLine(fields, count, result))
+        in.split();
+        if (!ReadAnalogLine(in.fields, in.count, result))
             return result;
     }
     for (int i = 0; i < statuses; ++i) {
-        if (!nextLine())
+        if (!in.next())
             return ReadDone;
-        split();
-        if (!ReadStatusLine(fields, count, result))
+        in.split();
+        if (!ReadStatusLine(in.fields, in.count, result))
             return result;
     }
+    return ReadContinue;
+}
 
-    // lf
-    if (!nextLine())
+// lf, nrates, then its segment lines (one line when nrates is 0).
+int CCmtd99File::readRates(CfgLines &in)
+{
+    CmtdFileDescription &desc = fileDesc;
+    if (!in.next())
         return ReadDone;
-    readFloat(line, desc.lineFreq);
+    readFloat(in.line, desc.lineFreq);
     if (desc.lineFreq > 0.0f)
         desc.flags |= CmtdFileDescription::LineFreqGiven;
     else
-        AddCfgMessage(CmtdMessage("Invalid [Line Freq.]! [%s]", line));
-
-    // nrates, then its segment lines (one line when nrates is 0)
-    if (!nextLine())
+        AddCfgMessage(CmtdMessage("Invalid [Line Freq.]! [%s]", in.line));
+    if (!in.next())
         return ReadDone;
+    const char *line = in.line;
     long long rateNumber = 0;
     if (!wholeNumber(line, rateNumber) || rateNumber > INT16_MAX || rateNumber < INT16_MIN) {
         // One line per rate follows; a count beyond what the reader holds would swallow the
@@ -523,9 +549,11 @@ int CCmtd99File::LoadCfgFrom(CDiskFile &file)
         return number < 0 ? 0 : INT32_MAX;
     };
     for (int i = 0; i < segmentLines; ++i) {
-        if (!nextLine())
+        if (!in.next())
             return ReadDone;
-        split();
+        in.split();
+        char **fields = in.fields;
+        const int count = in.count;
         const int ordinal = i + 1;
         if (count < 2)
             AddCfgMessage(CmtdMessage("Lossing parameters of [sampling segment %d]! (&lt;2)", ordinal));
@@ -546,64 +574,74 @@ int CCmtd99File::LoadCfgFrom(CDiskFile &file)
         desc.rawSegments.push_back(segment);
     }
 
-    // start and trigger stamps
+    return ReadContinue;
+}
+
+// The start and trigger stamps, and the data file type, kept as written: the data loader
+// finds out an unknown form by itself.
+int CCmtd99File::readStampsAndType(CfgLines &in)
+{
+    CmtdFileDescription &desc = fileDesc;
+    const bool form1999 = std::atoi(desc.revYear.constData()) >= 1999;
+    const bool form2013 = desc.is2013();
     auto parse = [&](RecordTime &time) {
         if (!form2013)
-            return form1999 ? ParseTime1999(line, time) : ParseTime1991(line, time);
+            return form1999 ? ParseTime1999(in.line, time) : ParseTime1991(in.line, time);
         QByteArray note;
-        const bool taken = ParseTime2013(line, time, note);
+        const bool taken = ParseTime2013(in.line, time, note);
         if (!note.isEmpty())
             AddCfgMessage(CmtdMessage(note.constData()));
         return taken;
     };
-    if (!nextLine())
+    if (!in.next())
         return ReadDone;
     if (parse(desc.startTime))
         desc.flags |= CmtdFileDescription::StartTimeGiven;
     else
-        AddCfgMessage(CmtdMessage("Invalid [start time of Recording]! [%s]", line));
-    if (!nextLine())
+        AddCfgMessage(CmtdMessage("Invalid [start time of Recording]! [%s]", in.line));
+    if (!in.next())
         return ReadDone;
     if (parse(desc.triggerTime))
         desc.flags |= CmtdFileDescription::TriggerTimeGiven;
     else
-        AddCfgMessage(CmtdMessage("Invalid [trigger time of Recording]! [%s]", line));
-
-    // ft: kept as written; the data loader finds out an unknown form by itself
-    if (!nextLine())
+        AddCfgMessage(CmtdMessage("Invalid [trigger time of Recording]! [%s]", in.line));
+    if (!in.next())
         return ReadDone;
-    desc.fileType = line;
-    if (equalsNoCase(line, "BINARY") || equalsNoCase(line, "ASCII") ||
-        (form2013 && (equalsNoCase(line, "BINARY32") || equalsNoCase(line, "FLOAT32"))))
+    desc.fileType = in.line;
+    if (equalsNoCase(in.line, "BINARY") || equalsNoCase(in.line, "ASCII") ||
+        (form2013 && (equalsNoCase(in.line, "BINARY32") || equalsNoCase(in.line, "FLOAT32"))))
         desc.flags |= CmtdFileDescription::FileTypeGiven;
+    return form1999 ? int(ReadContinue) : int(ReadDone);
+}
 
-    if (!form1999)
+// 1999: the time multiplier; 2013: time_code,local_code and tmq_code,leapsec. A DOS
+// end-of-file byte ends the text.
+int CCmtd99File::readTimeLines(CfgLines &in)
+{
+    CmtdFileDescription &desc = fileDesc;
+    if (!in.next())
         return ReadDone;
-    if (!nextLine())
-        return ReadDone;
-    readFloat(line, desc.timeMult);
+    readFloat(in.line, desc.timeMult);
     if (desc.timeMult > 0.0f)
         desc.flags |= CmtdFileDescription::TimeMultGiven;
     else
-        AddCfgMessage(CmtdMessage("Invalid [time multiplication factor]! [%s]", line));
-    if (!form2013)
+        AddCfgMessage(CmtdMessage("Invalid [time multiplication factor]! [%s]", in.line));
+    if (!desc.is2013())
         return ReadDone;
-
-    // time_code,local_code and tmq_code,leapsec; a DOS end-of-file byte ends the text.
     for (QByteArray *pair : {&desc.timeCode, &desc.timeQuality}) {
-        if (!nextLine())
+        if (!in.next())
             return ReadDone;
-        if (line[0] == '\x1a') {
+        if (in.line[0] == '\x1a') {
             AddCfgMessage(
                 CmtdMessage("DOS end-of-file bytes end the configuration file; the rest is ignored"));
             return ReadDone;
         }
-        split();
-        pair[0] = fields[0];
+        in.split();
+        pair[0] = in.fields[0];
         QByteArray &second = pair == &desc.timeCode ? desc.localCode : desc.leapSecond;
-        second = count >= 2 ? QByteArray(fields[1]) : QByteArray();
+        second = in.count >= 2 ? QByteArray(in.fields[1]) : QByteArray();
     }
-    if (nextLine() && line[0] == '\x1a')
+    if (in.next() && in.line[0] == '\x1a')
         AddCfgMessage(CmtdMessage("DOS end-of-file bytes end the configuration file; the rest is ignored"));
     return ReadDone;
 }

@@ -52,7 +52,8 @@ public:
         ReadKey = 2,
         ReadDone = 3,
         ReadNoMemory = 4,
-        ReadRefused = 5
+        ReadRefused = 5,
+        ReadContinue = -1 // a step of the configuration reader went well: the next one follows
     };
 
     // Bits of `validationMask`.
@@ -164,6 +165,12 @@ protected:
 
 private:
     friend class CDatLoader;
+    struct CfgLines;
+    int readIdentity(CfgLines &in);
+    int readChannels(CfgLines &in);
+    int readRates(CfgLines &in);
+    int readStampsAndType(CfgLines &in);
+    int readTimeLines(CfgLines &in);
     void BuildEffectiveSegments();
     bool LoadCffFile(const QByteArray &path);
     static QByteArray DetectCodecOf(CDiskFile &file);
