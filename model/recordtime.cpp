@@ -7,6 +7,23 @@
 
 namespace {
 
+// Recorders keep standard time the year round and only differences of stamps are used, so
+// the clock fields are turned into seconds without any daylight saving. mktime with tm_isdst
+// 0 does not give that in a zone with summer time: it moves a summer stamp's fields an hour
+// on, and a start and trigger on both sides of the switch end up an hour too far apart.
+std::time_t StandardTimeSeconds(std::tm &fields)
+{
+#ifdef _WIN32
+    return _mkgmtime(&fields);
+#else
+    return timegm(&fields);
+#endif
+}
+
+} // namespace
+
+namespace {
+
 // Recorders write two-digit years as often as four-digit ones; "37" means 2037, "38" 1938.
 int yearSince1900(int year)
 {
@@ -70,7 +87,7 @@ bool parseStamp(const char *text, RecordTime &time, bool dayFirst, QByteArray *n
     fields.tm_min = minute;
     fields.tm_sec = sec;
     fields.tm_isdst = 0;
-    const std::time_t seconds = std::mktime(&fields);
+    const std::time_t seconds = StandardTimeSeconds(fields);
     if (seconds == static_cast<std::time_t>(-1) || fraction < 0 || fraction > 999999)
         return false;
     // The record keeps 16-bit fields; a year that does not fit is no recording date.
@@ -99,7 +116,7 @@ int64_t RecordTime::ToMicroseconds() const
     fields.tm_min = minute;
     fields.tm_sec = second;
     fields.tm_isdst = 0;
-    const std::time_t seconds = std::mktime(&fields);
+    const std::time_t seconds = StandardTimeSeconds(fields);
     return static_cast<int64_t>(seconds) * 1000000 + microsecond;
 }
 

@@ -17,7 +17,9 @@ class UtcZone : public ::testing::Environment
 public:
     void SetUp() override
     {
-        setenv("TZ", "UTC", 1);
+        // VELDRIX_TEST_TZ runs the same tests in a zone with daylight saving instead.
+        const char *zone = std::getenv("VELDRIX_TEST_TZ");
+        setenv("TZ", zone && *zone ? zone : "UTC", 1);
         tzset();
     }
 };
