@@ -345,7 +345,7 @@ QString CCmtdChildFrame::absoluteTimeText(const char *label, int sample) const
         seconds -= 1;
     }
     fields.tm_sec = static_cast<int>(seconds);
-    std::mktime(&fields);
+    NormalizeClockFields(fields);
     char text[96];
     std::snprintf(text, sizeof text, "%s[%04d-%02d-%02d %02d:%02d:%02d.%06d]", label, fields.tm_year + 1900,
                   fields.tm_mon + 1, fields.tm_mday, fields.tm_hour, fields.tm_min, fields.tm_sec,

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <QByteArray>
+
 #include <QList>
+#include <ctime>
 
 #include <cstdint>
 #include <vector>
@@ -32,6 +34,10 @@ bool ParseTime1991(const char *text, RecordTime &time);
 // kept to the microsecond. What recorders write besides (a decimal comma, no fraction at all)
 // is accepted, and `note` receives a word on it.
 bool ParseTime2013(const char *text, RecordTime &time, QByteArray &note);
+
+// Carries clock fields that run over (61 seconds, hour 25) through the calendar, without
+// summer time: a recorder's clock reads the same the year round, in any zone the machine runs.
+void NormalizeClockFields(std::tm &fields);
 
 // One sampling segment: rate and the end of its samples, cumulative over the recording.
 struct SampleSegment

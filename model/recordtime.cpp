@@ -22,6 +22,16 @@ std::time_t StandardTimeSeconds(std::tm &fields)
 
 } // namespace
 
+void NormalizeClockFields(std::tm &fields)
+{
+    const std::time_t seconds = StandardTimeSeconds(fields);
+#ifdef _WIN32
+    gmtime_s(&fields, &seconds);
+#else
+    gmtime_r(&seconds, &fields);
+#endif
+}
+
 namespace {
 
 // Recorders write two-digit years as often as four-digit ones; "37" means 2037, "38" 1938.

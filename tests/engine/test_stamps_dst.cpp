@@ -5,6 +5,7 @@
 
 #include "cfgfixture.h"
 #include "cmtd99file.h"
+#include "cmtdtypes.h"
 
 #include <gtest/gtest.h>
 
@@ -52,4 +53,34 @@ TEST_F(StampsAcrossSwitch, DistanceIsTheWallClockDistanceOfTheTexts)
         // The fields stay as the recorder wrote them.
         EXPECT_EQ(desc.triggerTime.hour, c.triggerHour) << c.trigger;
     }
+}
+
+TEST(ClockFields, CarriedThroughTheCalendarWithoutSummerTime)
+{
+    // A summer start plus 3 h 30 min 5 s of samples, as the tool bar counts it: the clock
+    // fields run over and are carried, and the hour is the recorder's, not moved by the zone.
+    std::tm fields{};
+    fields.tm_year = 2024 - 1900;
+    fields.tm_mon = 6; // July
+    fields.tm_mday = 15;
+    fields.tm_hour = 22;
+    fields.tm_min = 59;
+    fields.tm_sec = 59 + 3 * 3600 + 30 * 60 + 5;
+    NormalizeClockFields(fields);
+    EXPECT_EQ(fields.tm_mday, 16);
+    EXPECT_EQ(fields.tm_hour, 2);
+    EXPECT_EQ(fields.tm_min, 30);
+    EXPECT_EQ(fields.tm_sec, 4);
+    // Across the spring switch night: 01:59:59 plus 2 s is 02:00:01 on the recorder's clock.
+    std::tm spring{};
+    spring.tm_year = 2024 - 1900;
+    spring.tm_mon = 2;
+    spring.tm_mday = 31;
+    spring.tm_hour = 1;
+    spring.tm_min = 59;
+    spring.tm_sec = 61;
+    NormalizeClockFields(spring);
+    EXPECT_EQ(spring.tm_hour, 2);
+    EXPECT_EQ(spring.tm_min, 0);
+    EXPECT_EQ(spring.tm_sec, 1);
 }
