@@ -63,9 +63,8 @@ int main(int argc, char **argv)
             for (int i = 1; i < argc; ++i) {
                 if (std::strstr(argv[i], "parent="))
                     continue;
-                const QByteArray path =
-                    QFile::encodeName(QFileInfo(QFile::decodeName(argv[i])).absoluteFilePath());
-                if (path.size() + 1 > int(sizeof(CMdiMainFrame::DatagramRecord::payload))) {
+                QByteArray path;
+                if (!CMdiMainFrame::handOverPath(argv[i], path)) {
                     std::fprintf(stderr, "veldrix: path too long to hand over (%lld bytes): %s\n",
                                  static_cast<long long>(path.size()), path.constData());
                     continue;

@@ -66,6 +66,9 @@ public:
     // with a recording's extension: no FIFO, device or folder can stall the window.
     static bool isRecordingPath(const QString &path, QString *reason);
     static constexpr int kHandOversPerSecond = 64;
+    // What a second start sends for an argument: its absolute path (the running process has a
+    // folder of its own); false when it is too long for a record, `path` then holds it anyway.
+    static bool handOverPath(const QByteArray &argument, QByteArray &path);
 
 protected:
     virtual void createActions() = 0;

@@ -140,6 +140,12 @@ bool CMdiMainFrame::isRecordingPath(const QString &path, QString *reason)
     return true;
 }
 
+bool CMdiMainFrame::handOverPath(const QByteArray &argument, QByteArray &path)
+{
+    path = QFile::encodeName(QFileInfo(QFile::decodeName(argument)).absoluteFilePath());
+    return path.size() + 1 <= qsizetype(sizeof(DatagramRecord::payload)); // the terminator travels too
+}
+
 bool CMdiMainFrame::takeHandOver()
 {
     // A flood of hand-overs would open window after window: a second's worth is taken, the

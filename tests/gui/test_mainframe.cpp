@@ -193,6 +193,21 @@ private Q_SLOTS:
         }
     }
 
+    void secondStartSendsAbsolutePaths()
+    {
+        QByteArray path;
+        QVERIFY(CMdiMainFrame::handOverPath("rec/one.cfg", path));
+        QCOMPARE(path, QFile::encodeName(QDir::current().absoluteFilePath(QStringLiteral("rec/one.cfg"))));
+        QVERIFY(CMdiMainFrame::handOverPath("/data/two.cfg", path));
+        QCOMPARE(path, QByteArray("/data/two.cfg"));
+        // 1007 bytes and the terminator fill a record; one more is too long.
+        const QByteArray longest = "/" + QByteArray(1002, 'x') + ".cfg";
+        QCOMPARE(longest.size(), 1007);
+        QVERIFY(CMdiMainFrame::handOverPath(longest, path));
+        QVERIFY(!CMdiMainFrame::handOverPath("/" + QByteArray(1003, 'x') + ".cfg", path));
+        QCOMPARE(path.size(), 1008);
+    }
+
     void handOverTakesOnlyRecordings()
     {
         const uint16_t port = freePort();
