@@ -1,8 +1,8 @@
 // `veldrix-cli convert` as a script meets it: names it refuses, outputs that are its own input,
 // a full disk, two runs at once, and values the target form cannot hold.
 
-#include "../common/tolerance.h"
 #include "../tinyfolder.h"
+#include "tolerance.h"
 
 #include <QCryptographicHash>
 #include <QDir>
