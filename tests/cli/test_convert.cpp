@@ -2,6 +2,7 @@
 // a full disk, two runs at once, and values the target form cannot hold.
 
 #include "../tinyfolder.h"
+#include "tolerance.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -222,4 +223,69 @@ TEST(Convert, ValuesThatAreNoNumbersRefuseAnOlderForm)
                    dir.filePath(QStringLiteral("new.cfg")), QStringLiteral("--binary")})
                   .code,
               0);
+}
+
+TEST(Convert, RescansTheValuesForAMultiplierThatFitsAndMapsTheConfiguredRange)
+{
+    // Two channels whose values outgrow 16 bits with a multiplier of 1, and whose configured
+    // range (-1000000..1000000) is far wider than anything in the data. "Rise" climbs steadily,
+    // so a running extreme that only moves the minimum on a sample that did not raise the maximum
+    // never sees its lowest value; "Swing" reaches farther below zero than above it.
+    QTemporaryDir dir;
+    QFile cfg(dir.filePath(QStringLiteral("wide.cfg")));
+    ASSERT_TRUE(cfg.open(QIODevice::WriteOnly));
+    cfg.write("S,D,1999\n2,2A,0D\n1,Rise,A,,V,1,0,0,-1000000,1000000,1,1,S\n"
+              "2,Swing,B,,V,1,0,0,-1000000,1000000,1,1,S\n50\n1\n1000,6\n"
+              "01/02/2024,10:00:00.000000\n01/02/2024,10:00:00.000000\nASCII\n1\n");
+    cfg.close();
+    const int rise[6] = {0, 20000, 40000, 60000, 80000, 90000};
+    const int swing[6] = {100, -70000, 500, 30000, 0, -10};
+    QFile dat(dir.filePath(QStringLiteral("wide.dat")));
+    ASSERT_TRUE(dat.open(QIODevice::WriteOnly));
+    for (int n = 0; n < 6; ++n)
+        dat.write(QByteArray::number(n + 1) + ',' + QByteArray::number(n * 1000) + ',' +
+                  QByteArray::number(rise[n]) + ',' + QByteArray::number(swing[n]) + '\n');
+    dat.close();
+
+    const QString out = dir.filePath(QStringLiteral("out.cfg"));
+    const CliResult run = cli({QStringLiteral("convert"), dir.filePath(QStringLiteral("wide.cfg")), out,
+                               QStringLiteral("--binary")});
+    ASSERT_EQ(run.code, 0) << run.err.constData();
+
+    // The multiplier is the farthest value over the largest 16-bit magnitude: 90000 / 32767 for
+    // "Rise", 70000 / 32767 for "Swing" (the negative side is the farther). The configured range
+    // keeps its meaning: -1000000 and 1000000 over that multiplier lie beyond 16 bits and are
+    // held at -32767 and 32767.
+    QFile written(out);
+    ASSERT_TRUE(written.open(QIODevice::ReadOnly));
+    const QList<QByteArray> lines = written.readAll().split('\n');
+    ASSERT_GT(lines.size(), 4);
+    const double expectedA[2] = {90000.0 / 32767.0, 70000.0 / 32767.0};
+    for (int i = 0; i < 2; ++i) {
+        const QList<QByteArray> fields = lines[2 + i].split(',');
+        ASSERT_EQ(fields.size(), 13) << lines[2 + i].constData();
+        const double a = fields[5].toDouble();
+        EXPECT_GE(a, expectedA[i]) << lines[2 + i].constData();
+        EXPECT_TRUE(NearRelative(a, expectedA[i], 1e-6)) << lines[2 + i].constData();
+        EXPECT_EQ(fields[6].toDouble(), 0.0);
+        EXPECT_EQ(fields[8], "-32767") << lines[2 + i].constData();
+        EXPECT_EQ(fields[9], "32767") << lines[2 + i].constData();
+    }
+
+    // The raw samples, worked by hand as value × 32767 / reach rounded: the farthest value of each
+    // channel takes the whole 16-bit range, and none is held at the limit short of its value.
+    QFile data(dir.filePath(QStringLiteral("out.dat")));
+    ASSERT_TRUE(data.open(QIODevice::ReadOnly));
+    const QByteArray bytes = data.readAll();
+    ASSERT_EQ(bytes.size(), 6 * 12); // number, stamp, two 16-bit values
+    auto rawAt = [&](int n, int channel) {
+        const auto *p = reinterpret_cast<const unsigned char *>(bytes.constData()) + n * 12 + 8 + 2 * channel;
+        return int(int16_t(uint16_t(p[0] | p[1] << 8)));
+    };
+    const int riseRaw[6] = {0, 7282, 14563, 21845, 29126, 32767}; // 20000 × 32767 / 90000 = 7281.6 …
+    const int swingRaw[6] = {47, -32767, 234, 14043, 0, -5};      // 100 × 32767 / 70000 = 46.8 …
+    for (int n = 0; n < 6; ++n) {
+        EXPECT_EQ(rawAt(n, 0), riseRaw[n]) << "Rise, sample " << n + 1;
+        EXPECT_EQ(rawAt(n, 1), swingRaw[n]) << "Swing, sample " << n + 1;
+    }
 }

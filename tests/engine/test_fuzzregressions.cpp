@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
+
 namespace {
 
 // Reads one input as a whole recording (description and samples), with no limit on what its
@@ -47,22 +49,94 @@ TEST(FuzzRegressions, EverySeedOfTheDescriptionReadersReadsWithoutFault)
     EXPECT_GT(read, 20);
 }
 
-TEST(FuzzRegressions, EveryKeptInputReadsWithoutFault)
+// What each kept input reads as, worked out from its bytes:
+// - cff-bytecount-overflow: one loose section head, a binary data section of form "R" whose byte
+//   count is the largest 64-bit number, with nothing behind it and no configuration section.
+// - cff-rates-segment-ends-before-first-sample: a 2013 description of 2 analog and 1 status
+//   channels whose line-frequency line is a repeated identity line, then three rate lines "50",
+//   "1" (one field each, no end) and "1000,8", a start time cut short and binary data for 8
+//   samples.
+// - cfg-analog-index-int-max: a 1991 description of one analog channel whose line carries the
+//   index 2147483647 and nothing else, and no rate lines: no samples.
+// - cfg-stamp-month-int-min: one analog channel promised but its line holds one field, line
+//   frequency 5, one rate line "0" with no end, and a start time with month -2147483648.
+struct KeptOutcome
+{
+    const char *name;
+    bool usable;        // what LoadFile answers
+    int validationMask; // the description's faults
+    int loadedPoints;   // samples read when usable
+    int analogChannels; // channel lines that made a channel
+    int cfgMessageCount;
+    const char *firstMessage; // of the configuration reader, else of the checks after it
+};
+
+const KeptOutcome kKeptOutcomes[] = {
+    {"cff-bytecount-overflow", false, 0, 0, 0, 3,
+     "The binary data section is shorter than its byte count: 0 bytes, not 9223372036854775807"},
+    {"cff-rates-segment-ends-before-first-sample", true, 0, 8, 2, 6,
+     "Invalid [Line Freq.]! [Fuz/ Substitaon,Recorder 7,2013]"},
+    {"cfg-analog-index-int-max", false, CCmtd99File::BadSegments, 0, 1, 0,
+     "Invalid sampling segment! [npt=0][nrate=0]"},
+    {"cfg-stamp-month-int-min", false, CCmtd99File::BadAnalog | CCmtd99File::BadSegments, 0, 0, 4,
+     "Lossing parameters of analog channel! (<10)"},
+};
+
+TEST(FuzzRegressions, EveryKeptInputReadsAsItsBytesSay)
 {
     const QDir folder(QStringLiteral(VELDRIX_FUZZ_REGRESSIONS));
     const QStringList names = folder.entryList(QDir::Files);
-    ASSERT_FALSE(names.isEmpty());
+    ASSERT_EQ(names.size(), int(std::size(kKeptOutcomes))) << "a kept input without an expected outcome";
     QTemporaryDir scratch;
     ASSERT_TRUE(scratch.isValid());
-    for (const QString &name : names) {
+    for (const KeptOutcome &expected : kKeptOutcomes) {
+        SCOPED_TRACE(expected.name);
+        const QString name = QLatin1String(expected.name);
+        ASSERT_TRUE(names.contains(name));
         QFile input(folder.filePath(name));
         ASSERT_TRUE(input.open(QIODevice::ReadOnly));
-        const QByteArray bytes = input.readAll();
         // The harness's name leads the file name: cfg-..., cff-..., dat-...
-        const QString kind = name.section(QLatin1Char('-'), 0, 0);
-        const QString path = scratch.filePath(kind == QLatin1String("cff") ? QStringLiteral("r.cff")
-                                                                           : QStringLiteral("r.cfg"));
-        readAsRecording(bytes, path);
-        SUCCEED() << name.toStdString();
+        const bool cff = name.startsWith(QLatin1String("cff-"));
+        const QString path = scratch.filePath(cff ? QStringLiteral("r.cff") : QStringLiteral("r.cfg"));
+        QFile out(path);
+        ASSERT_TRUE(out.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        out.write(input.readAll());
+        out.close();
+
+        CCmtd99File file;
+        const QByteArray local = path.toLocal8Bit();
+        EXPECT_EQ(file.LoadFile(local.constData()), expected.usable);
+        EXPECT_EQ(file.validationMask, expected.validationMask);
+        EXPECT_EQ(int(file.analogChannels.size()), expected.analogChannels);
+        EXPECT_EQ(int(file.cfgMessages.size()), expected.cfgMessageCount);
+        const LoadMessageList &messages = file.cfgMessages.isEmpty() ? file.datMessages : file.cfgMessages;
+        ASSERT_FALSE(messages.isEmpty());
+        EXPECT_EQ(messages.first().text, QByteArray(expected.firstMessage));
+        if (expected.usable) {
+            EXPECT_TRUE(file.LoadDat(local.constData(), nullptr, nullptr));
+            EXPECT_EQ(file.loadedPoints, expected.loadedPoints);
+        }
     }
+}
+
+TEST(FuzzRegressions, RateLinesWithoutEndsLeaveTheLastSegmentTheWholeRecording)
+{
+    // The kept input whose first two segments end before the first sample: only "1000,8" gives
+    // an end, so the samples 0 to 8 all belong to the third segment at 1000 per second.
+    QFile input(QStringLiteral(VELDRIX_FUZZ_REGRESSIONS "/cff-rates-segment-ends-before-first-sample"));
+    ASSERT_TRUE(input.open(QIODevice::ReadOnly));
+    QTemporaryDir scratch;
+    QFile out(scratch.filePath(QStringLiteral("r.cff")));
+    ASSERT_TRUE(out.open(QIODevice::WriteOnly));
+    out.write(input.readAll());
+    out.close();
+    CCmtd99File file;
+    const QByteArray local = out.fileName().toLocal8Bit();
+    ASSERT_TRUE(file.LoadFile(local.constData()));
+    ASSERT_EQ(file.segments.size(), 3u);
+    EXPECT_EQ(file.segments[0].end, 0);
+    EXPECT_EQ(file.segments[1].end, 0);
+    EXPECT_EQ(file.segments[2].rate, 1000.0f);
+    EXPECT_EQ(file.segments[2].end, 8);
+    EXPECT_EQ(file.pointCount, 8);
 }

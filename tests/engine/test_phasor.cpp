@@ -8,6 +8,8 @@
 #include "phasor.h"
 #include "slidingeval.h"
 
+#include "tolerance.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -154,9 +156,9 @@ TEST_F(Phasor, SineGivesItsAmplitudeAndAngle)
     // A sine from the window's first sample: A·cos(p) + j·A·sin(p) with the sine reference.
     const std::vector<float> x = Sine(400, 10000.0, 100.0, 30.0);
     const ComplexD p = DftPhasor(x.data(), 200, 1, 1);
-    EXPECT_NEAR(std::hypot(p.re, p.im), 100.0, 1e-4);
-    EXPECT_NEAR(std::atan2(p.im, p.re) * 180 / M_PI, 30.0, 1e-3);
-    EXPECT_NEAR(Effective(p), 100.0 / std::sqrt(2.0), 1e-4);
+    EXPECT_TRUE(NearRelative(std::hypot(p.re, p.im), 100.0, 1e-6));
+    EXPECT_TRUE(NearRelative(std::atan2(p.im, p.re) * 180 / M_PI, 30.0, 3e-5));
+    EXPECT_TRUE(NearRelative(Effective(p), 100.0 / std::sqrt(2.0), 1.5e-6));
     // The trapezoid kernels leak a constant: N - 1 pairs do not close the cycle.
     dftMethod = 2;
     const std::vector<float> dc(200, 10.0f);
@@ -237,8 +239,8 @@ TEST_F(Phasor, CursorValuesTurnToTheCursorsOwnSample)
     const ChnCursorValue v = ChnCursorValueAt(r.file, u, 500);
     EXPECT_EQ(v.flags, ChnCursorValue::HasPhasor | ChnCursorValue::HasValue);
     EXPECT_EQ(v.windowStart, 300);
-    EXPECT_NEAR(std::fabs(std::atan2(v.phasor.im, v.phasor.re) * 180 / M_PI), 180.0, 0.01);
-    EXPECT_NEAR(v.effective, 100.0 / std::sqrt(2.0), 1e-3);
+    EXPECT_TRUE(NearRelative(std::fabs(std::atan2(v.phasor.im, v.phasor.re) * 180 / M_PI), 180.0, 6e-5));
+    EXPECT_TRUE(NearRelative(v.effective, 100.0 / std::sqrt(2.0), 1.5e-5));
     EXPECT_EQ(ValueText(u, v, 500, DisplayBaseEffective), "70.711V");
     const QByteArray withAngle = ValueText(u, v, 500, DisplayBaseEffective | DisplayAngle);
     EXPECT_TRUE(withAngle.startsWith("70.711V(Ang)")) << withAngle.constData();
@@ -253,11 +255,11 @@ TEST_F(Phasor, SequencesOfABalancedSetAndRotation)
     ComplexD zero, positive, negative;
     SymmetricalParts(a, b, c, zero, positive, negative);
     EXPECT_NEAR(std::hypot(zero.re, zero.im), 0.0, 1e-9);
-    EXPECT_NEAR(positive.re, 100.0, 1e-9);
+    EXPECT_TRUE(NearRelative(positive.re, 100.0, 1e-11));
     EXPECT_NEAR(std::hypot(negative.re, negative.im), 0.0, 1e-9);
     const ComplexD turned = RotatePhasor(ComplexD{1.0, 0.0}, M_PI / 2);
     EXPECT_NEAR(turned.re, 0.0, 1e-15);
-    EXPECT_NEAR(turned.im, 1.0, 1e-15);
+    EXPECT_TRUE(NearRelative(turned.im, 1.0, 1e-15));
 }
 
 TEST(ChannelText, NumbersWithPrefixesAndRatios)

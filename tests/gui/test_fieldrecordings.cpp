@@ -69,8 +69,15 @@ private Q_SLOTS:
             QImage image(900, 600, QImage::Format_ARGB32_Premultiplied);
             QPainter painter(&image);
             wave->drawContents(painter, QRect(0, 0, 900, 600));
-            frame->nameView()->drawContents(painter, QRect(0, 0, 300, 600));
             painter.end();
+            // The name column over its own image: whatever the recording, the read-out band
+            // runs across its top in the band colour.
+            CCmtdViewAnaName *names = frame->nameView();
+            QImage column(names->width(), 600, QImage::Format_ARGB32);
+            QPainter columnPainter(&column);
+            names->drawContents(columnPainter, column.rect());
+            columnPainter.end();
+            QCOMPARE(column.pixel(column.width() - 4, 1), names->colour(3));
             wave->setZoomFactor(2.0f);
             wave->zoomRange(-1, -1);
             frame->parentWidget()->close();
