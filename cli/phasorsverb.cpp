@@ -33,23 +33,27 @@ void usage()
                  "trapCos] [--dft-win prev|cent|next] [--phcomp] [--primary]\n");
 }
 
-} // namespace
-
-int RunPhasors(int argc, char **argv)
+struct PhasorsOptions
 {
-    static const char *const methods[] = {"rectSin", "rectCos", "trapSin", "trapCos"};
-    static const char *const windows[] = {"prev", "cent", "next"};
     const char *path = nullptr;
     long long at = -1;
     bool primary = false;
     bool progress = false;
+};
+
+// -1 when the options are whole, else the exit status of a usage error. The method, window
+// and phase compensation are the program-wide switches the name column uses too.
+int readOptions(int argc, char **argv, PhasorsOptions &o)
+{
+    static const char *const methods[] = {"rectSin", "rectCos", "trapSin", "trapCos"};
+    static const char *const windows[] = {"prev", "cent", "next"};
     for (int i = 0; i < argc; ++i) {
         const char *arg = argv[i];
         const bool hasValue = i + 1 < argc;
         if (std::strcmp(arg, "--json") == 0) {
             continue;
         } else if (std::strcmp(arg, "--at") == 0 && hasValue) {
-            if (!ReadWholeOption("phasors", arg, argv[++i], at))
+            if (!ReadWholeOption("phasors", arg, argv[++i], o.at))
                 return 2;
         } else if (std::strcmp(arg, "--dft-method") == 0 && hasValue) {
             const int method = lookUp(argv[++i], methods, 4);
@@ -68,36 +72,85 @@ int RunPhasors(int argc, char **argv)
         } else if (std::strcmp(arg, "--phcomp") == 0) {
             PhComp = true;
         } else if (std::strcmp(arg, "--primary") == 0) {
-            primary = true;
+            o.primary = true;
         } else if (std::strcmp(arg, "--progress") == 0) {
-            progress = true;
+            o.progress = true;
         } else if (arg[0] == '-' && arg[1] == '-') {
             std::fprintf(stderr, "veldrix-cli phasors: unknown or incomplete option %s\n", arg);
             return 2;
-        } else if (!path) {
-            path = arg;
+        } else if (!o.path) {
+            o.path = arg;
         } else {
             usage();
             return 2;
         }
     }
-    if (!path || at < 0) {
+    if (!o.path || o.at < 0) {
         usage();
         return 2;
     }
+    return -1;
+}
 
+void writeNumberOrNull(JsonWriter &json, const char *key, bool present, double value)
+{
+    json.key(key);
+    if (present)
+        json.valueDouble(value);
+    else
+        json.null();
+}
+
+void writeChannel(JsonWriter &json, const CCmtd99File &file, const CChnMapAnalog &map, int cursor,
+                  uint32_t flags)
+{
+    const ChnCursorValue value = ChnCursorValueAt(file, map, cursor);
+    const bool phasor = value.flags & ChnCursorValue::HasPhasor;
+    json.beginObject();
+    json.key("index");
+    json.value(map.Index());
+    json.key("name");
+    json.value(file.Text(map.Name()));
+    json.key("windowStart");
+    json.value(value.windowStart);
+    json.key("n");
+    json.value(value.n);
+    json.key("step");
+    json.value(value.step);
+    json.key("code");
+    json.value(value.code);
+    json.key("re");
+    json.valueDouble(value.phasor.re);
+    json.key("im");
+    json.valueDouble(value.phasor.im);
+    writeNumberOrNull(json, "effective", phasor, phasor ? Effective(value.phasor) : 0.0);
+    writeNumberOrNull(json, "realEffective", value.flags & ChnCursorValue::HasValue, value.effective);
+    writeNumberOrNull(json, "mean", value.flags & ChnCursorValue::HasMean, value.phasor.re);
+    writeNumberOrNull(json, "angleDeg", phasor,
+                      std::atan2(value.phasor.im, value.phasor.re) * 57.29577957855229);
+    json.key("text");
+    json.value(file.Text(ValueText(map, value, cursor, flags)));
+    json.endObject();
+}
+
+} // namespace
+
+int RunPhasors(int argc, char **argv)
+{
+    PhasorsOptions o;
+    if (const int code = readOptions(argc, argv, o); code >= 0)
+        return code;
     CCmtd99File file;
-    const LoadOutcome outcome = LoadRecording("phasors", path, file, true, progress);
+    const LoadOutcome outcome = LoadRecording("phasors", o.path, file, true, o.progress);
     if (outcome != LoadOutcome::Usable)
         return ExitCodeOf(outcome);
-    if (at >= file.loadedPoints) {
-        std::fprintf(stderr, "veldrix-cli phasors: sample %lld is beyond the %d loaded samples\n", at,
+    if (o.at >= file.loadedPoints) {
+        std::fprintf(stderr, "veldrix-cli phasors: sample %lld is beyond the %d loaded samples\n", o.at,
                      file.loadedPoints);
         return 2;
     }
-    const int cursor = static_cast<int>(at);
-    const uint32_t flags = DisplayBaseEffective | (primary ? DisplayPrimary : 0u);
-
+    const int cursor = static_cast<int>(o.at);
+    const uint32_t flags = DisplayBaseEffective | (o.primary ? DisplayPrimary : 0u);
     JsonWriter json;
     json.beginObject();
     json.key("at");
@@ -106,49 +159,8 @@ int RunPhasors(int argc, char **argv)
     json.value(static_cast<long long>(file.sampleTimes[cursor]));
     json.key("channels");
     json.beginArray();
-    for (const auto &map : file.analogMaps) {
-        const ChnCursorValue value = ChnCursorValueAt(file, *map, cursor);
-        json.beginObject();
-        json.key("index");
-        json.value(map->Index());
-        json.key("name");
-        json.value(file.Text(map->Name()));
-        json.key("windowStart");
-        json.value(value.windowStart);
-        json.key("n");
-        json.value(value.n);
-        json.key("step");
-        json.value(value.step);
-        json.key("code");
-        json.value(value.code);
-        json.key("re");
-        json.valueDouble(value.phasor.re);
-        json.key("im");
-        json.valueDouble(value.phasor.im);
-        json.key("effective");
-        if (value.flags & ChnCursorValue::HasPhasor)
-            json.valueDouble(Effective(value.phasor));
-        else
-            json.null();
-        json.key("realEffective");
-        if (value.flags & ChnCursorValue::HasValue)
-            json.valueDouble(value.effective);
-        else
-            json.null();
-        json.key("mean");
-        if (value.flags & ChnCursorValue::HasMean)
-            json.valueDouble(value.phasor.re);
-        else
-            json.null();
-        json.key("angleDeg");
-        if (value.flags & ChnCursorValue::HasPhasor)
-            json.valueDouble(std::atan2(value.phasor.im, value.phasor.re) * 57.29577957855229);
-        else
-            json.null();
-        json.key("text");
-        json.value(file.Text(ValueText(*map, value, cursor, flags)));
-        json.endObject();
-    }
+    for (const auto &map : file.analogMaps)
+        writeChannel(json, file, *map, cursor, flags);
     json.endArray();
     json.endObject();
     std::fwrite(json.text().data(), 1, json.text().size(), stdout);

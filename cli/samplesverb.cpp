@@ -26,27 +26,30 @@ struct ChannelChoice
     int index;
 };
 
-} // namespace
-
-int RunSamples(int argc, char **argv)
+struct SamplesOptions
 {
     const char *path = nullptr;
     long long from = 0;
     long long to = -1;
     bool progress = false;
     std::vector<ChannelChoice> chosen;
+};
+
+// -1 when the options are whole, else the exit status of a usage error.
+int readOptions(int argc, char **argv, SamplesOptions &o)
+{
     for (int i = 0; i < argc; ++i) {
         const char *arg = argv[i];
         const bool hasValue = i + 1 < argc;
         if (std::strcmp(arg, "--json") == 0) {
             continue; // the only output form
         } else if (std::strcmp(arg, "--progress") == 0) {
-            progress = true;
+            o.progress = true;
         } else if (std::strcmp(arg, "--from") == 0 && hasValue) {
-            if (!ReadWholeOption("samples", arg, argv[++i], from))
+            if (!ReadWholeOption("samples", arg, argv[++i], o.from))
                 return 2;
         } else if (std::strcmp(arg, "--to") == 0 && hasValue) {
-            if (!ReadWholeOption("samples", arg, argv[++i], to))
+            if (!ReadWholeOption("samples", arg, argv[++i], o.to))
                 return 2;
         } else if (std::strcmp(arg, "--channel") == 0 && hasValue) {
             const char *choice = argv[++i];
@@ -57,29 +60,28 @@ int RunSamples(int argc, char **argv)
                 std::fprintf(stderr, "veldrix-cli samples: a channel is A<n> or D<n>, not \"%s\"\n", choice);
                 return 2;
             }
-            chosen.push_back(ChannelChoice{kind, static_cast<int>(index)});
+            o.chosen.push_back(ChannelChoice{kind, static_cast<int>(index)});
         } else if (arg[0] == '-' && arg[1] == '-') {
             std::fprintf(stderr, "veldrix-cli samples: unknown or incomplete option %s\n", arg);
             return 2;
-        } else if (!path) {
-            path = arg;
+        } else if (!o.path) {
+            o.path = arg;
         } else {
             usage();
             return 2;
         }
     }
-    if (!path) {
+    if (!o.path) {
         usage();
         return 2;
     }
+    return -1;
+}
 
-    CCmtd99File file;
-    const LoadOutcome outcome = LoadRecording("samples", path, file, true, progress);
-    if (outcome != LoadOutcome::Usable)
-        return ExitCodeOf(outcome);
-
-    std::vector<const CChnMapAnalog *> analogs;
-    std::vector<const CChnMapStatus *> statuses;
+// Every channel when none was chosen; false when a chosen one is not in the recording.
+bool selectChannels(const CCmtd99File &file, const std::vector<ChannelChoice> &chosen,
+                    std::vector<const CChnMapAnalog *> &analogs, std::vector<const CChnMapStatus *> &statuses)
+{
     if (chosen.empty()) {
         for (const auto &map : file.analogMaps)
             analogs.push_back(map.get());
@@ -98,15 +100,15 @@ int RunSamples(int argc, char **argv)
         }
         std::fprintf(stderr, "veldrix-cli samples: the recording has no channel %c%d\n", choice.kind,
                      choice.index);
-        return 2;
+        return false;
     }
+    return true;
+}
 
-    const long long last = file.loadedPoints - 1;
-    if (to < 0 || to > last)
-        to = last;
-    if (from < 0)
-        from = 0;
-
+void writeSamples(const CCmtd99File &file, long long from, long long to,
+                  const std::vector<const CChnMapAnalog *> &analogs,
+                  const std::vector<const CChnMapStatus *> &statuses)
+{
     JsonWriter json;
     json.beginObject();
     json.key("times");
@@ -137,5 +139,26 @@ int RunSamples(int argc, char **argv)
     json.endObject();
     std::fwrite(json.text().data(), 1, json.text().size(), stdout);
     std::fputc('\n', stdout);
+}
+
+} // namespace
+
+int RunSamples(int argc, char **argv)
+{
+    SamplesOptions o;
+    if (const int code = readOptions(argc, argv, o); code >= 0)
+        return code;
+    CCmtd99File file;
+    const LoadOutcome outcome = LoadRecording("samples", o.path, file, true, o.progress);
+    if (outcome != LoadOutcome::Usable)
+        return ExitCodeOf(outcome);
+    std::vector<const CChnMapAnalog *> analogs;
+    std::vector<const CChnMapStatus *> statuses;
+    if (!selectChannels(file, o.chosen, analogs, statuses))
+        return 2;
+    const long long last = file.loadedPoints - 1;
+    const long long to = o.to < 0 || o.to > last ? last : o.to;
+    const long long from = o.from < 0 ? 0 : o.from;
+    writeSamples(file, from, to, analogs, statuses);
     return 0;
 }
