@@ -24,9 +24,10 @@
 
 namespace {
 
-constexpr int kMaxBlock = 4 << 20;   // largest read of the binary loader
-constexpr int kCopyBuffer = 2 << 20; // piece size when joining numbered parts
-constexpr int kSaveRecords = 1024;   // records per write of the binary writer
+constexpr int kMaxBlock = 4 << 20;    // largest read of the binary loader
+constexpr int kFirstBlock = 64 << 10; // first read: the first waves need only a few records
+constexpr int kCopyBuffer = 2 << 20;  // piece size when joining numbered parts
+constexpr int kSaveRecords = 1024;    // records per write of the binary writer
 constexpr int kAsciiLine = 128 << 10;
 constexpr int kAsciiBlock = 1 << 20; // lines gathered per write of the ASCII writer
 constexpr int kRun = 256;            // records decoded together, small enough for the cache
@@ -129,7 +130,7 @@ private:
 
     int startProgress();
     bool cancelled();
-    void report(int done);
+    void reportAt(int n);
     bool tooLong();
     bool full(int n) const { return n >= m_capacity; }
     void takeTime(int n, int32_t stamp);
@@ -139,6 +140,14 @@ private:
     void markShifting(int channel);
     void takeAnalogRun(int c, const unsigned char *first, int stride, int n0, int count, int width,
                        bool floats);
+    enum BlockEnd
+    {
+        BlockDone,
+        StoresFull,  // the file grew while it was read: the stores hold what it had
+        FileTooLong, // more records than the description promised
+    };
+    BlockEnd takeBlock(const unsigned char *block, int records);
+    void takeRun(const unsigned char *run, int n0, int count);
     void takeStatusWords(const unsigned char *status, int words, int statuses, int n, uint16_t *lastWords);
     void takeAsciiValue(int c, int n, const char *field);
     void storeExtremes();
@@ -154,7 +163,7 @@ private:
     ProgressFn m_fn;
     void *m_context;
     int m_step = INT_MAX;
-    int m_countdown = INT_MAX;
+    int64_t m_nextReport = INT_MAX; // the next sample before which the binary loader reports
     int m_capacity = 0;
     // A 2013 recording marks a missing value (the most negative integer, a NaN float, an
     // empty ASCII field); those samples are gaps, not readings.
@@ -168,6 +177,13 @@ private:
     std::vector<float> m_min;
     std::vector<uint32_t *> m_bits;
     std::vector<uint8_t> m_lastBit;
+
+    // The record of a binary file: 16- or 32-bit values, integers or floats.
+    int m_width = 2;
+    bool m_floats = false;
+    int m_recordSize = 0;
+    int m_words = 0;
+    std::vector<uint16_t> m_lastWords;
 
     Mode m_mode = ModeUndecided;
     bool m_shift = false;
@@ -205,7 +221,7 @@ int CDatLoader::startProgress()
     m_step = m_fn ? m_fn(m_context, 8, m_capacity, 0) : INT_MAX;
     if (m_step < 1)
         m_step = 1; // a step of 0 would divide by zero; the caller must give a positive one
-    m_countdown = m_step;
+    m_nextReport = int64_t(m_step) - 1;
     return m_step;
 }
 
@@ -218,14 +234,16 @@ bool CDatLoader::cancelled()
     return false;
 }
 
-void CDatLoader::report(int done)
+void CDatLoader::reportAt(int n)
 {
-    // Every `step` samples, at done % step == step - 1, counted down rather than divided.
-    if (--m_countdown > 0)
+    // Every `step` samples, before sample n with n % step == step - 1. The binary loader calls
+    // this where a run of records starts, and its runs end at these samples, so that all the
+    // samples before n are in the stores when the frame draws them.
+    if (n != m_nextReport)
         return;
-    m_countdown = m_step;
+    m_nextReport += m_step;
     if (m_fn)
-        m_fn(m_context, 10, m_capacity, done);
+        m_fn(m_context, 10, m_capacity, n);
 }
 
 bool CDatLoader::tooLong()
@@ -480,8 +498,12 @@ int CDatLoader::loadBinary(CDiskFile &dat, int width, bool floats)
     CCmtd99File &file = m_file;
     const int analogs = static_cast<int>(file.analogMaps.size());
     const int statuses = static_cast<int>(file.statusMaps.size());
-    const int words = (statuses + 15) / 16;
-    const int recordSize = 8 + analogs * width + words * 2;
+    m_width = width;
+    m_floats = floats;
+    m_words = (statuses + 15) / 16;
+    m_recordSize = 8 + analogs * width + m_words * 2;
+    m_lastWords.assign(static_cast<size_t>(m_words), 0);
+    const int recordSize = m_recordSize;
 
     int64_t blockSize = std::min<int64_t>(kMaxBlock, int64_t(std::max(m_capacity, 1)) * recordSize);
     std::unique_ptr<unsigned char[]> block;
@@ -498,46 +520,23 @@ int CDatLoader::loadBinary(CDiskFile &dat, int width, bool floats)
     blockSize = blockSize / recordSize * recordSize;
 
     startProgress();
-    const int statusOffset = 8 + analogs * width;
-    std::vector<uint16_t> lastWords(static_cast<size_t>(words), 0);
+    // The first read is small so that the first report, and with it the first waves, come after
+    // a few records; each next read is twice as large, up to the whole block.
+    int64_t readSize = std::min<int64_t>(blockSize, std::max(kFirstBlock / recordSize, 1) * recordSize);
     for (;;) {
         if (cancelled())
             break;
-        const int got = dat.ReadSome(block.get(), static_cast<int>(blockSize));
+        const int got = dat.ReadSome(block.get(), static_cast<int>(readSize));
         const int records = got > 0 ? got / recordSize : 0;
-        // The block is decoded in runs of records small enough to stay in the cache: first the
-        // times and states record by record, then each analog channel over the whole run, so
-        // that every store is written in one sequential stretch.
-        for (int first = 0; first < records; first += kRun) {
-            const unsigned char *run = block.get() + static_cast<size_t>(first) * recordSize;
-            const int count = std::min(kRun, records - first);
-            const int n0 = file.loadedPoints;
-            int usable = count;
-            for (int r = 0; r < count; ++r) {
-                const int n = n0 + r;
-                report(n);
-                if (full(n)) {
-                    usable = r;
-                    break;
-                }
-                const unsigned char *record = run + static_cast<size_t>(r) * recordSize;
-                takeTime(n, readInt32(record + 4));
-                takeStatusWords(record + statusOffset, words, statuses, n, lastWords.data());
-            }
-            for (int c = 0; c < analogs; ++c)
-                takeAnalogRun(c, run + 8 + width * c, recordSize, n0, usable, width, floats);
-            file.loadedPoints = n0 + usable;
-            if (usable < count) {
-                if (m_capacity < file.pointCount)
-                    break; // the file grew while it was read: the stores hold what it had
-                tooLong();
-                storeExtremes();
-                return file.loadedPoints; // the closing step is left to the caller's job
-            }
+        const BlockEnd end = takeBlock(block.get(), records);
+        if (end == FileTooLong) {
+            tooLong();
+            storeExtremes();
+            return file.loadedPoints; // the closing step is left to the caller's job
         }
-        if (full(file.loadedPoints) && m_capacity < file.pointCount)
+        if (end == StoresFull || (full(file.loadedPoints) && m_capacity < file.pointCount))
             break;
-        if (got < blockSize) {
+        if (got < readSize) {
             // Recorders pad the file (a DOS end-of-file byte, a half record); a 2013 recording
             // says so in its messages.
             const int rest = got > 0 ? got % recordSize : 0;
@@ -546,9 +545,45 @@ int CDatLoader::loadBinary(CDiskFile &dat, int width, bool floats)
                     CmtdMessage("%d bytes behind the last whole record of the data file are ignored", rest));
             break;
         }
+        readSize = std::min(readSize * 2, blockSize);
     }
     finish();
     return file.loadedPoints;
+}
+
+// The block is decoded in runs of records small enough to stay in the cache. A run ends where a
+// report is due, so the report follows whole samples.
+CDatLoader::BlockEnd CDatLoader::takeBlock(const unsigned char *block, int records)
+{
+    CCmtd99File &file = m_file;
+    for (int first = 0; first < records;) {
+        const int n0 = file.loadedPoints;
+        reportAt(n0);
+        if (full(n0))
+            return m_capacity < file.pointCount ? StoresFull : FileTooLong;
+        const int64_t room = std::min<int64_t>(m_nextReport, m_capacity) - n0;
+        const int count = static_cast<int>(std::min<int64_t>(std::min(kRun, records - first), room));
+        takeRun(block + static_cast<size_t>(first) * m_recordSize, n0, count);
+        file.loadedPoints = n0 + count;
+        first += count;
+    }
+    return BlockDone;
+}
+
+// First the times and states record by record, then each analog channel over the whole run, so
+// that every store is written in one sequential stretch.
+void CDatLoader::takeRun(const unsigned char *run, int n0, int count)
+{
+    const int analogs = static_cast<int>(m_values.size());
+    const int statuses = static_cast<int>(m_bits.size());
+    const int statusOffset = 8 + analogs * m_width;
+    for (int r = 0; r < count; ++r) {
+        const unsigned char *record = run + static_cast<size_t>(r) * m_recordSize;
+        takeTime(n0 + r, readInt32(record + 4));
+        takeStatusWords(record + statusOffset, m_words, statuses, n0 + r, m_lastWords.data());
+    }
+    for (int c = 0; c < analogs; ++c)
+        takeAnalogRun(c, run + 8 + m_width * c, m_recordSize, n0, count, m_width, m_floats);
 }
 
 int CDatLoader::loadAscii(CDiskFile &dat)
