@@ -140,6 +140,7 @@ private:
     void markShifting(int channel);
     void takeAnalogRun(int c, const unsigned char *first, int stride, int n0, int count, int width,
                        bool floats);
+    void takeShortRun(int c, const unsigned char *first, int stride, int n0, int count);
     enum BlockEnd
     {
         BlockDone,
@@ -175,6 +176,9 @@ private:
     std::vector<double> m_offset;
     std::vector<float> m_max; // running extremes, stored back into the maps at the end
     std::vector<float> m_min;
+    // Whether every 16-bit value of the channel scales to a finite float other than -0, so that
+    // its runs need neither the float's range test nor the sign of zero in the extremes.
+    std::vector<uint8_t> m_plain;
     std::vector<uint32_t *> m_bits;
     std::vector<uint8_t> m_lastBit;
 
@@ -208,6 +212,9 @@ bool CDatLoader::prepare(int capacity)
         m_offset.push_back(map->offset);
         m_max.push_back(map->maxValue);
         m_min.push_back(map->minValue);
+        const double reach = std::fabs(map->gain) * 32768.0 + std::fabs(map->offset);
+        const bool negativeZero = map->offset == 0.0 && std::signbit(map->offset);
+        m_plain.push_back(reach < double(FLT_MAX) * 0.5 && !negativeZero);
     }
     for (const auto &map : m_file.statusMaps)
         m_bits.push_back(map->Words());
@@ -375,6 +382,10 @@ void CDatLoader::takeAnalogRun(int c, const unsigned char *first, int stride, in
     float low = m_min[c];
     float *out = m_values[c] + n0;
     constexpr float kGap = std::numeric_limits<float>::quiet_NaN();
+    if (width == 2 && m_plain[c]) {
+        takeShortRun(c, first, stride, n0, count);
+        return;
+    }
     auto take = [&](int r, double raw) {
         const float v = heldFloat(raw * gain + offset);
         out[r] = v;
@@ -417,6 +428,73 @@ void CDatLoader::takeAnalogRun(int c, const unsigned char *first, int stride, in
     }
     m_max[c] = high;
     m_min[c] = low;
+}
+
+// A run of 16-bit values that scale within the float's range: first all the values, then their
+// extremes. The minimum follows only the samples that did not raise the maximum; over a run
+// that raises no maximum these are all of them, and the least of the run is found without
+// a branch per sample. A run that does raise one is walked sample by sample.
+void CDatLoader::takeShortRun(int c, const unsigned char *first, int stride, int n0, int count)
+{
+    const double gain = m_gain[c];
+    const double offset = m_offset[c];
+    float *out = m_values[c] + n0;
+    const unsigned char *in = first;
+    if (m_gaps) {
+        for (int r = 0; r < count; ++r, in += stride) {
+            const double raw = readInt16(in);
+            out[r] = raw == INT16_MIN ? std::numeric_limits<float>::quiet_NaN()
+                                      : static_cast<float>(raw * gain + offset);
+        }
+    } else {
+        for (int r = 0; r < count; ++r, in += stride) {
+            const double raw = readInt16(in);
+            out[r] = static_cast<float>(raw * gain + offset);
+        }
+    }
+    // Gaps are NaN, which no comparison takes.
+    constexpr int kLanes = 8;
+    float high[kLanes];
+    float low[kLanes];
+    for (int k = 0; k < kLanes; ++k) {
+        high[k] = -FLT_MAX;
+        low[k] = FLT_MAX;
+    }
+    int r = 0;
+    for (; r + kLanes <= count; r += kLanes) {
+        for (int k = 0; k < kLanes; ++k) {
+            const float v = out[r + k];
+            high[k] = v > high[k] ? v : high[k];
+            low[k] = v < low[k] ? v : low[k];
+        }
+    }
+    for (; r < count; ++r) {
+        const float v = out[r];
+        high[0] = v > high[0] ? v : high[0];
+        low[0] = v < low[0] ? v : low[0];
+    }
+    float runHigh = high[0];
+    float runLow = low[0];
+    for (int k = 1; k < kLanes; ++k) {
+        runHigh = high[k] > runHigh ? high[k] : runHigh;
+        runLow = low[k] < runLow ? low[k] : runLow;
+    }
+    if (!(runHigh > m_max[c])) {
+        if (runLow < m_min[c])
+            m_min[c] = runLow;
+        return;
+    }
+    float hi = m_max[c];
+    float lo = m_min[c];
+    for (r = 0; r < count; ++r) {
+        const float v = out[r];
+        if (v > hi)
+            hi = v;
+        else if (v < lo)
+            lo = v;
+    }
+    m_max[c] = hi;
+    m_min[c] = lo;
 }
 
 void CDatLoader::takeStatusWords(const unsigned char *status, int words, int statuses, int n,
