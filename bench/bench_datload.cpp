@@ -3,15 +3,14 @@
 //   from the start of the load;
 // - the whole load within 1.10 × a plain C loop that reads the same file and scales the same
 //   samples, both timed in the same run;
-// - the peak memory of the load within 1.2 × the size of the samples' own stores.
+// - the peak memory of the load within 1.2 × the size of the samples' own stores (times and
+//   values), measured in a process of its own.
 
 #include "benchrecording.h"
 #include "cmtd99file.h"
 
 #include <benchmark/benchmark.h>
 
-#include <sys/resource.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -188,64 +187,58 @@ void BM_LoadVsPlainLoop(benchmark::State &state)
 }
 BENCHMARK(BM_LoadVsPlainLoop)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(7);
 
-long residentBytes()
+// A figure of /proc/self/status in bytes ("VmRSS", "VmHWM").
+double statusBytes(const char *field)
 {
-    long pages = 0;
-    long resident = 0;
-    if (FILE *f = std::fopen("/proc/self/statm", "r")) {
-        if (std::fscanf(f, "%ld %ld", &pages, &resident) != 2)
-            resident = 0;
+    double kib = -1.0;
+    if (FILE *f = std::fopen("/proc/self/status", "r")) {
+        char line[256];
+        const size_t length = std::strlen(field);
+        while (std::fgets(line, sizeof line, f)) {
+            if (std::strncmp(line, field, length) == 0 && line[length] == ':')
+                kib = std::atof(line + length + 1);
+        }
         std::fclose(f);
     }
-    return resident * sysconf(_SC_PAGESIZE);
+    return kib * 1024.0;
 }
 
-// The load in a child process of its own, so that its peak resident size is the load's alone: the
-// child resets its high-water mark (which a fork inherits), loads, and sends back how far its
-// peak rose above where it started.
+// Run in a process of its own (this program started again with "--load-peak <cfg>"): loads the
+// recording and prints how far the peak resident size rose above where it started.
+int loadPeakChild(const char *cfgPath)
+{
+    const double before = statusBytes("VmRSS");
+    CCmtd99File file;
+    if (!file.LoadFile(cfgPath) || !file.LoadDat(cfgPath, nullptr, nullptr))
+        return 1;
+    std::printf("%.0f\n", statusBytes("VmHWM") - before);
+    return 0;
+}
+
+// The load in a new process, so that its peak is the load's alone: a forked child would share
+// the pages of this process, which has loaded the recording before.
 void BM_LoadPeakMemory(benchmark::State &state)
 {
     const BenchRecording &rec = largeBinaryRecording();
+    char self[4096] = {};
+    if (readlink("/proc/self/exe", self, sizeof self - 1) <= 0) {
+        state.SkipWithError("program path unknown");
+        return;
+    }
+    const std::string command = std::string("'") + self + "' --load-peak '" + rec.cfgPath + "'";
     double growth = 0.0;
     for (auto _ : state) {
-        int pipeEnds[2];
-        if (pipe(pipeEnds) != 0) {
-            state.SkipWithError("no pipe");
-            return;
-        }
-        const pid_t child = fork();
-        if (child == 0) {
-            close(pipeEnds[0]);
-            if (FILE *clear = std::fopen("/proc/self/clear_refs", "w")) {
-                std::fputs("5", clear);
-                std::fclose(clear);
-            }
-            const long before = residentBytes();
-            double result = -1.0;
-            {
-                CCmtd99File file;
-                if (file.LoadFile(rec.cfgPath.c_str()) &&
-                    file.LoadDat(rec.cfgPath.c_str(), nullptr, nullptr)) {
-                    rusage usage{};
-                    getrusage(RUSAGE_SELF, &usage);
-                    result = double(usage.ru_maxrss) * 1024.0 - double(before);
-                }
-            }
-            if (write(pipeEnds[1], &result, sizeof result) != sizeof result)
-                _exit(1);
-            _exit(0);
-        }
-        close(pipeEnds[1]);
-        double result = -1.0;
-        const bool got = read(pipeEnds[0], &result, sizeof result) == sizeof result;
-        close(pipeEnds[0]);
-        int status = 0;
-        waitpid(child, &status, 0);
-        if (!got || result < 0.0) {
+        FILE *child = popen(command.c_str(), "r");
+        double bytes = -1.0;
+        if (!child || std::fscanf(child, "%lf", &bytes) != 1)
+            bytes = -1.0;
+        if (child && pclose(child) != 0)
+            bytes = -1.0;
+        if (bytes < 0.0) {
             state.SkipWithError("load in the child failed");
             return;
         }
-        growth = std::max(growth, result);
+        growth = std::max(growth, bytes);
     }
     state.counters["store_MB"] = rec.storeBytes() / 1e6;
     state.counters["peak_growth_MB"] = growth / 1e6;
@@ -267,4 +260,12 @@ BENCHMARK(BM_LoadAscii)->Unit(benchmark::kMillisecond)->Iterations(3);
 
 } // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char **argv)
+{
+    if (argc == 3 && std::strcmp(argv[1], "--load-peak") == 0)
+        return loadPeakChild(argv[2]);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

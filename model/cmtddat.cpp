@@ -430,6 +430,40 @@ void CDatLoader::takeAnalogRun(int c, const unsigned char *first, int stride, in
     m_min[c] = low;
 }
 
+namespace {
+
+// The largest and least of `count` values, NaN (a gap) taken by neither; four of each are kept
+// apart so that the comparisons of neighbouring samples do not wait on each other.
+void runExtremes(const float *values, int count, float &high, float &low)
+{
+    float h0 = -FLT_MAX, h1 = -FLT_MAX, h2 = -FLT_MAX, h3 = -FLT_MAX;
+    float l0 = FLT_MAX, l1 = FLT_MAX, l2 = FLT_MAX, l3 = FLT_MAX;
+    int r = 0;
+    for (; r + 4 <= count; r += 4) {
+        const float v0 = values[r], v1 = values[r + 1], v2 = values[r + 2], v3 = values[r + 3];
+        h0 = v0 > h0 ? v0 : h0;
+        h1 = v1 > h1 ? v1 : h1;
+        h2 = v2 > h2 ? v2 : h2;
+        h3 = v3 > h3 ? v3 : h3;
+        l0 = v0 < l0 ? v0 : l0;
+        l1 = v1 < l1 ? v1 : l1;
+        l2 = v2 < l2 ? v2 : l2;
+        l3 = v3 < l3 ? v3 : l3;
+    }
+    for (; r < count; ++r) {
+        h0 = values[r] > h0 ? values[r] : h0;
+        l0 = values[r] < l0 ? values[r] : l0;
+    }
+    h0 = h1 > h0 ? h1 : h0;
+    h2 = h3 > h2 ? h3 : h2;
+    high = h2 > h0 ? h2 : h0;
+    l0 = l1 < l0 ? l1 : l0;
+    l2 = l3 < l2 ? l3 : l2;
+    low = l2 < l0 ? l2 : l0;
+}
+
+} // namespace
+
 // A run of 16-bit values that scale within the float's range: first all the values, then their
 // extremes. The minimum follows only the samples that did not raise the maximum; over a run
 // that raises no maximum these are all of them, and the least of the run is found without
@@ -452,33 +486,9 @@ void CDatLoader::takeShortRun(int c, const unsigned char *first, int stride, int
             out[r] = static_cast<float>(raw * gain + offset);
         }
     }
-    // Gaps are NaN, which no comparison takes.
-    constexpr int kLanes = 8;
-    float high[kLanes];
-    float low[kLanes];
-    for (int k = 0; k < kLanes; ++k) {
-        high[k] = -FLT_MAX;
-        low[k] = FLT_MAX;
-    }
-    int r = 0;
-    for (; r + kLanes <= count; r += kLanes) {
-        for (int k = 0; k < kLanes; ++k) {
-            const float v = out[r + k];
-            high[k] = v > high[k] ? v : high[k];
-            low[k] = v < low[k] ? v : low[k];
-        }
-    }
-    for (; r < count; ++r) {
-        const float v = out[r];
-        high[0] = v > high[0] ? v : high[0];
-        low[0] = v < low[0] ? v : low[0];
-    }
-    float runHigh = high[0];
-    float runLow = low[0];
-    for (int k = 1; k < kLanes; ++k) {
-        runHigh = high[k] > runHigh ? high[k] : runHigh;
-        runLow = low[k] < runLow ? low[k] : runLow;
-    }
+    float runHigh;
+    float runLow;
+    runExtremes(out, count, runHigh, runLow);
     if (!(runHigh > m_max[c])) {
         if (runLow < m_min[c])
             m_min[c] = runLow;
@@ -486,7 +496,7 @@ void CDatLoader::takeShortRun(int c, const unsigned char *first, int stride, int
     }
     float hi = m_max[c];
     float lo = m_min[c];
-    for (r = 0; r < count; ++r) {
+    for (int r = 0; r < count; ++r) {
         const float v = out[r];
         if (v > hi)
             hi = v;
