@@ -126,6 +126,73 @@ TEST_F(DatLoad, ScalesToSecondaryUnitsWithoutPrefixAndKeepsTheLoadersExtremes)
     EXPECT_EQ(i.Value(6), 0.0f);
 }
 
+TEST_F(DatLoad, LongBinaryChannelExtremesAndReportsAfterWholeSamples)
+{
+    // 1000 samples: a rise over the first 300, then values that jump about; the extremes follow
+    // the rule walked here sample by sample.
+    constexpr int kCount = 1000;
+    const std::string cfg = dir.write(
+        "r.cfg", Config({"1,UA,,,V,0.5,0,0,-32767,32767,1,1,S"}, 1, {"1000," + std::to_string(kCount)}));
+    std::vector<Record> records;
+    std::vector<float> expected;
+    float high = -9999999.0f;
+    float low = 9999999.0f;
+    for (int n = 0; n < kCount; ++n) {
+        const auto raw = static_cast<int16_t>(n < 300 ? n * 5 : (n * 7919) % 6001 - 3000);
+        records.push_back(Record{n * 1000 - 100000, {raw}, 0});
+        expected.push_back(static_cast<float>(raw * 0.5));
+        if (expected.back() > high)
+            high = expected.back();
+        else if (expected.back() < low)
+            low = expected.back();
+    }
+    WriteBinary(dir.path("r.dat"), records);
+
+    // Every report of samples done comes where n % step is step - 1, with the samples before n
+    // already in the store: the frame draws them at once.
+    struct Watch
+    {
+        CCmtd99File *file = nullptr;
+        const std::vector<float> *expected = nullptr;
+        std::vector<int> reports;
+        int wrong = 0;
+        static int fn(void *context, int code, int, int current)
+        {
+            auto *self = static_cast<Watch *>(context);
+            if (code == 8)
+                return 7;
+            if (code == 10) {
+                self->reports.push_back(current);
+                const float *values = self->file->analogMaps[0]->Values();
+                for (int n = 0; n < current; ++n)
+                    self->wrong += values[n] != (*self->expected)[size_t(n)];
+            }
+            return 0;
+        }
+    };
+    CCmtd99File file;
+    ASSERT_TRUE(file.LoadFile(cfg.c_str()));
+    Watch watch;
+    watch.file = &file;
+    watch.expected = &expected;
+    ASSERT_TRUE(file.LoadDat(cfg.c_str(), Watch::fn, &watch));
+    EXPECT_EQ(file.loadedPoints, kCount);
+    ASSERT_EQ(watch.reports.size(), 142u); // 6, 13, ..., 993
+    for (size_t i = 0; i < watch.reports.size(); ++i)
+        EXPECT_EQ(watch.reports[i], int(i) * 7 + 6);
+    EXPECT_EQ(watch.wrong, 0);
+
+    const CChnMapAnalog &u = *file.analogMaps[0];
+    for (int n = 0; n < kCount; ++n)
+        ASSERT_EQ(u.Value(n), expected[size_t(n)]) << n;
+    EXPECT_EQ(u.maxValue, high);
+    EXPECT_EQ(u.minValue, low);
+    // The walk is not trivial: the maximum rises again after the ramp (to 747.5), in a later run
+    // of records, and the minimum comes from the samples that raised nothing.
+    EXPECT_GT(high, 747.5f);
+    EXPECT_LT(low, -1000.0f);
+}
+
 TEST_F(DatLoad, LengthOfTheDataFileAgainstThePromisedCount)
 {
     const std::string cfg = dir.write("r.cfg", Config({kPlainChannel}, 1, {"1000,10"}));
