@@ -23,7 +23,7 @@ void *AllocateSamples(size_t count, size_t size)
     // per 2 MiB rather than one per 4 KiB: for a long recording that was most of the load's time
     // in the kernel.
     constexpr size_t kHuge = size_t(2) << 20;
-    if (count <= (SIZE_MAX - kHuge) / size && count * size >= kHuge) {
+    if (size > 0 && count <= (SIZE_MAX - kHuge) / size && count * size >= kHuge) {
         // Up to whole huge pages where that adds at most an eighth, so that the last one is
         // huge too; a recording's samples then take at most 1.125 times their own size.
         const size_t needed = count * size;
