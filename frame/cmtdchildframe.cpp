@@ -238,10 +238,11 @@ void CCmtdChildFrame::progressEvent(const CCmtdEventProgress &event)
         break;
     case 10:
         m_progressBar->setValue(event.b);
-        // The samples up to this report are in the stores: the waves may show them.
+        // The report comes before sample b is read: the samples before it are in the stores,
+        // and the waves may show them.
         if (loading) {
-            m_waveView->setDrawnExtent(event.b + 1, true);
-            Q_EMIT m_document.extentChanged(event.b + 1);
+            m_waveView->setDrawnExtent(event.b, true);
+            Q_EMIT m_document.extentChanged(event.b);
         }
         break;
     case 11:
