@@ -19,7 +19,7 @@ int CmtdReportStep(int total, int start)
     return step < 1 ? 1 : step;
 }
 
-int CmtdReport(void *owner, int code, int a, int b)
+int CmtdWorkerReport(void *owner, int code, int a, int b)
 {
     auto *frame = static_cast<CCmtdChildFrame *>(owner);
     switch (code) {

@@ -25,7 +25,7 @@ public:
 // The single channel from a job to the GUI thread, a plain function so that the recording's
 // code knows nothing of the frame: 0 asks whether to stop (-1 when cancelled), 8 starts a
 // range and returns the step of about a hundredth of it, the others post an event.
-int CmtdReport(void *owner, int code, int a, int b);
+int CmtdWorkerReport(void *owner, int code, int a, int b);
 // Step of a range from a to b: a hundredth of it, at least 1.
 int CmtdReportStep(int total, int start);
 
@@ -53,7 +53,7 @@ public:
     int pendingKind() const { return kind.load(std::memory_order_acquire); }
 
     CCmtdChildFrame *owner;
-    int (*report)(void *, int, int, int) = CmtdReport;
+    int (*report)(void *, int, int, int) = CmtdWorkerReport;
     std::atomic<int> kind{0};
     std::atomic<void *> arg{nullptr};
     QSemaphore wakeup{0};

@@ -136,6 +136,11 @@ void CCmtd99File::AddCfgMessage(const QByteArray &text)
     cfgMessages.append(LoadMessage{cursor.line, text});
 }
 
+void CCmtd99File::AddInfMessage(int32_t line, const QByteArray &text)
+{
+    infMessages.append(LoadMessage{line, text});
+}
+
 void CCmtd99File::AddDatMessage(const QByteArray &text)
 {
     datMessages.append(LoadMessage{static_cast<int32_t>(datMessages.size() + 1), text});
@@ -154,6 +159,12 @@ void CCmtd99File::ClearAll()
     extMessages.clear();
     reservedMessages.clear();
     maxDeviceId = 0;
+    lineUnits.clear();
+    transformerUnits.clear();
+    powerUnits.clear();
+    exciterUnits.clear();
+    groupUnits.clear();
+    reportRecords.clear();
     firstFreeChannelIndex = 0;
     firstFreeChannelIndex2 = 0;
     pointCount = 0;

@@ -4,6 +4,7 @@
 #include "chnmap.h"
 #include "cmtdchannel.h"
 #include "cmtdtypes.h"
+#include "units.h"
 
 #include <QByteArray>
 #include <QString>
@@ -129,6 +130,23 @@ public:
     int16_t infVersion = 0;
     Cursor cursor;
     LoadMessageList infMessages;
+    // Primary device units by kind, in the order the extension file gave them, and the
+    // recorder's own reports.
+    std::vector<std::unique_ptr<CmtdInfTrwk_UnitLine>> lineUnits;
+    std::vector<std::unique_ptr<CmtdInfTrwk_UnitTrm>> transformerUnits;
+    std::vector<std::unique_ptr<CmtdInfTrwk_UnitPwr>> powerUnits;
+    std::vector<std::unique_ptr<CmtdInfTrwk_UnitExci>> exciterUnits;
+    std::vector<std::unique_ptr<CmtdInfTrwk_Unit>> groupUnits;
+    std::vector<CmtdReport> reportRecords;
+    // Lines, transformers, power units, exciters, groups in this order; null for an id below 1
+    // or an empty name (names compared without regard to case).
+    CmtdInfTrwk_Unit *FindUnitById(int32_t devId) const;
+    CmtdInfTrwk_Unit *FindUnitByName(const QByteArray &name) const;
+    // Takes a unit from the list of its kind and deletes it; false if it is not there.
+    bool RemoveUnit(CmtdInfTrwk_Unit *unit);
+    bool HasUnit(const CmtdInfTrwk_Unit *unit) const;
+    // A message of the extension-file readers, with the line it concerns.
+    void AddInfMessage(int32_t line, const QByteArray &text);
     LoadMessageList cfgMessages;
     LoadMessageList extMessages;
     LoadMessageList reservedMessages;

@@ -1,0 +1,93 @@
+#include "units.h"
+
+#include "cmtd99file.h"
+#include "safewrite.h"
+
+#include <algorithm>
+
+namespace {
+
+bool inList(const std::vector<uint16_t> &list, uint16_t index)
+{
+    return std::find(list.begin(), list.end(), index) != list.end();
+}
+
+template <typename Units> CmtdInfTrwk_Unit *findIn(const Units &units, auto &&match)
+{
+    for (const auto &unit : units) {
+        if (match(*unit))
+            return unit.get();
+    }
+    return nullptr;
+}
+
+template <typename Units> bool removeFrom(Units &units, const CmtdInfTrwk_Unit *unit)
+{
+    const auto it =
+        std::find_if(units.begin(), units.end(), [unit](const auto &u) { return u.get() == unit; });
+    if (it == units.end())
+        return false;
+    units.erase(it);
+    return true;
+}
+
+} // namespace
+
+bool CmtdInfTrwk_Unit::UsesAnalogChannel(uint16_t index) const
+{
+    return inList(otherAnalog, index);
+}
+
+bool CmtdInfTrwk_Unit::UsesStatusChannel(uint16_t index) const
+{
+    return inList(statusChannels, index);
+}
+
+CmtdInfTrwk_Unit *CCmtd99File::FindUnitById(int32_t devId) const
+{
+    if (devId < 1)
+        return nullptr;
+    auto match = [devId](const CmtdInfTrwk_Unit &unit) { return unit.devId == devId; };
+    CmtdInfTrwk_Unit *found = findIn(lineUnits, match);
+    if (!found)
+        found = findIn(transformerUnits, match);
+    if (!found)
+        found = findIn(powerUnits, match);
+    if (!found)
+        found = findIn(exciterUnits, match);
+    if (!found)
+        found = findIn(groupUnits, match);
+    return found;
+}
+
+CmtdInfTrwk_Unit *CCmtd99File::FindUnitByName(const QByteArray &name) const
+{
+    if (name.isEmpty())
+        return nullptr;
+    auto match = [&name](const CmtdInfTrwk_Unit &unit) {
+        return qstricmp(unit.name.constData(), name.constData()) == 0;
+    };
+    CmtdInfTrwk_Unit *found = findIn(lineUnits, match);
+    if (!found)
+        found = findIn(transformerUnits, match);
+    if (!found)
+        found = findIn(powerUnits, match);
+    if (!found)
+        found = findIn(exciterUnits, match);
+    if (!found)
+        found = findIn(groupUnits, match);
+    return found;
+}
+
+bool CCmtd99File::RemoveUnit(CmtdInfTrwk_Unit *unit)
+{
+    return removeFrom(lineUnits, unit) || removeFrom(transformerUnits, unit) ||
+           removeFrom(powerUnits, unit) || removeFrom(exciterUnits, unit) || removeFrom(groupUnits, unit);
+}
+
+bool CCmtd99File::HasUnit(const CmtdInfTrwk_Unit *unit) const
+{
+    auto same = [unit](const CmtdInfTrwk_Unit &u) { return &u == unit; };
+    return unit && (findIn(lineUnits, same) || findIn(transformerUnits, same) || findIn(powerUnits, same) ||
+                    findIn(exciterUnits, same) || findIn(groupUnits, same));
+}
