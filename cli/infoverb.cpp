@@ -5,6 +5,7 @@
 #include "jsonwriter.h"
 #include "notices.h"
 #include "recordingload.h"
+#include "unitsjson.h"
 
 #include <cstdio>
 #include <cstring>
@@ -252,6 +253,7 @@ void WriteDescriptionJson(JsonWriter &json, const char *path, const CCmtd99File 
     writeAnalogJson(json, file);
     writeStatusJson(json, file);
     writeMessagesJson(json, file);
+    WriteUnitsJson(json, file);
 }
 
 int RunInfo(int argc, char **argv)
