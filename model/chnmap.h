@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <vector>
 
+class CmtdInfTrwk_Unit;
 class CmtdChn_Analog;
 class CmtdChn_Base;
 
@@ -59,6 +60,9 @@ public:
     int16_t kindCode = 0;
     uint32_t flags = 0;
     uint32_t colour = 0xFF000000u;
+    // The primary unit that the channel's `ccbm` names, looked up when the store is built;
+    // null when none does. Owned by the recording.
+    const CmtdInfTrwk_Unit *plantUnit = nullptr;
     bool isVirtual = false;
 };
 
