@@ -5,6 +5,7 @@
 #include "textcodec.h"
 
 #include <QComboBox>
+#include <QCoreApplication>
 #include <QEvent>
 #include <QHeaderView>
 #include <QLabel>
@@ -139,8 +140,9 @@ void CCmtdChildContainerCfg::retranslate()
     m_status->setColumnCount(5);
     m_status->setHorizontalHeaderLabels(
         {tr("No."), tr("Name"), tr("Phase"), tr("Component"), tr("Normal State")});
-    m_devices->setColumnCount(3);
-    m_devices->setHorizontalHeaderLabels({tr("Kind"), tr("Name"), tr("Channels")});
+    m_devices->setColumnCount(6);
+    m_devices->setHorizontalHeaderLabels(
+        {tr("Kind"), tr("Device No."), tr("Name"), tr("Data"), tr("Analog Channels"), tr("Status Channels")});
     m_messages->setColumnCount(3);
     m_messages->setHorizontalHeaderLabels({tr("File"), tr("Line"), tr("Message")});
 }
@@ -207,7 +209,7 @@ void CCmtdChildContainerCfg::showRecording(const CCmtd99File &file)
                                          file.Text(d.timeQuality), file.Text(d.leapSecond));
     }
     m_summary->setText(summary);
-    m_devices->setRowCount(0);
+    showDevices(file);
     m_messages->setRowCount(0);
     addMessages(file, m_messages, QStringLiteral(".cfg"), file.cfgMessages);
     addMessages(file, m_messages, QStringLiteral(".inf"), file.infMessages);
@@ -215,4 +217,87 @@ void CCmtdChildContainerCfg::showRecording(const CCmtd99File &file)
     addMessages(file, m_messages, QStringLiteral(".dat"), file.datMessages);
     for (QTableWidget *table : {m_analog, m_status, m_devices, m_messages})
         table->resizeColumnsToContents();
+}
+
+namespace {
+
+// The plant data an engineer checks first, per kind.
+QString unitData(const CmtdInfTrwk_Unit &unit)
+{
+    switch (unit.kind) {
+    case CmtdInfTrwk_Unit::KindLine: {
+        const auto &line = static_cast<const CmtdInfTrwk_UnitLine &>(unit);
+        return QCoreApplication::translate("CCmtdChildContainerCfg",
+                                           "%1 km, Z1 = %2 + j%3 Ω/km, Z0 = %4 + j%5 Ω/km")
+            .arg(double(line.length))
+            .arg(double(line.r1))
+            .arg(double(line.x1))
+            .arg(double(line.r0))
+            .arg(double(line.x0));
+    }
+    case CmtdInfTrwk_Unit::KindTransformer: {
+        const auto &t = static_cast<const CmtdInfTrwk_UnitTrm &>(unit);
+        return QCoreApplication::translate("CCmtdChildContainerCfg",
+                                           "%1 MVA, %2 windings, %3 kV %4 / %5 kV %6")
+            .arg(double(t.capacity))
+            .arg(t.windingNum)
+            .arg(double(t.sideH.ratedKv))
+            .arg(QString::fromLatin1(t.sideH.windingText))
+            .arg(double(t.sideL.ratedKv))
+            .arg(QString::fromLatin1(t.sideL.windingText));
+    }
+    case CmtdInfTrwk_Unit::KindPower: {
+        const auto &g = static_cast<const CmtdInfTrwk_UnitPwr &>(unit);
+        return QCoreApplication::translate("CCmtdChildContainerCfg", "%1 MVA, %2 Hz, %3 kV")
+            .arg(double(g.capacity))
+            .arg(double(g.freq))
+            .arg(double(g.v1));
+    }
+    default:
+        return QString();
+    }
+}
+
+} // namespace
+
+void CCmtdChildContainerCfg::showDevices(const CCmtd99File &file)
+{
+    static const char *const kKinds[] = {"",
+                                         QT_TR_NOOP("Line"),
+                                         QT_TR_NOOP("Transformer"),
+                                         QT_TR_NOOP("Generator"),
+                                         QT_TR_NOOP("Exciter"),
+                                         QT_TR_NOOP("Channel Group")};
+    m_devices->setRowCount(0);
+    auto add = [&](const CmtdInfTrwk_Unit &unit) {
+        QStringList analog, status;
+        for (const auto &map : file.analogMaps) {
+            if (unit.UsesAnalogChannel(uint16_t(map->Index())))
+                analog << QString::number(map->Index());
+        }
+        for (const auto &map : file.statusMaps) {
+            if (unit.UsesStatusChannel(uint16_t(map->Index())))
+                status << QString::number(map->Index());
+        }
+        const int row = m_devices->rowCount();
+        m_devices->insertRow(row);
+        const QString cells[] = {tr(kKinds[qBound(0, int(unit.kind), 5)]),
+                                 unit.devId > 0 ? QString::number(unit.devId) : QString(),
+                                 file.Text(unit.name),
+                                 unitData(unit),
+                                 analog.join(QStringLiteral(", ")),
+                                 status.join(QStringLiteral(", "))};
+        for (int c = 0; c < 6; ++c)
+            m_devices->setItem(row, c, new QTableWidgetItem(cells[c]));
+    };
+    for (const auto &unit : file.lineUnits)
+        add(*unit);
+    for (const auto &unit : file.transformerUnits)
+        add(*unit);
+    for (const auto &unit : file.powerUnits)
+        add(*unit);
+    for (const auto &unit : file.exciterUnits)
+        add(*unit);
+    for (const auto &unit : file.groupUnits)
+        add(*unit);
 }

@@ -33,6 +33,8 @@ protected:
     void changeEvent(QEvent *event) override;
 
 private:
+    // One row per plant unit: kind, number, name, its data, the channels it uses.
+    void showDevices(const CCmtd99File &file);
     void retranslate();
 
     QToolBar *m_toolBar = nullptr;

@@ -185,12 +185,32 @@ bool CCmtdChildFrame::openFile(const QString &path)
     m_document.setBackgroundBit(StateLoading, true);
     submitJob(CCmtdThread::KindLoad);
 
+    refillUnitSelector();
+    updateActions();
+    return true;
+}
+
+void CCmtdChildFrame::refillUnitSelector()
+{
+    const quintptr current = unitSelector->currentData().value<quintptr>();
     unitSelector->blockSignals(true);
     unitSelector->clear();
     unitSelector->addItem(tr("[All Device]"), QVariant::fromValue<quintptr>(0));
+    auto add = [this](const auto &units) {
+        for (const auto &unit : units)
+            unitSelector->addItem(m_file.Text(unit->name),
+                                  QVariant::fromValue(reinterpret_cast<quintptr>(unit.get())));
+    };
+    add(m_file.lineUnits);
+    add(m_file.transformerUnits);
+    add(m_file.powerUnits);
+    add(m_file.exciterUnits);
+    add(m_file.groupUnits);
+    const int again = unitSelector->findData(QVariant::fromValue(current));
+    unitSelector->setCurrentIndex(again >= 0 ? again : 0);
+    if (again < 0)
+        m_currentUnit = nullptr;
     unitSelector->blockSignals(false);
-    updateActions();
-    return true;
 }
 
 QString CCmtdChildFrame::currentFileName() const
@@ -269,6 +289,7 @@ void CCmtdChildFrame::finishJob()
         Q_EMIT m_document.extentChanged(points);
         showSpan();
         showNotices();
+        refillUnitSelector();
         m_cfgContainer->showRecording(m_file);
         m_document.setBackgroundBit(StateLoading, false);
         if (points < 5) {
@@ -427,9 +448,29 @@ void CCmtdChildFrame::slot_PaneTabViewSwitch(int page)
         m_anaContainer->setFormsVisible(true);
 }
 
-void CCmtdChildFrame::slot_CmbWaveUntSelChanged(int)
+void CCmtdChildFrame::slot_CmbWaveUntSelChanged(int index)
 {
-    // Plant units come with the extension file; with "[All Device]" alone every channel shows.
+    // The wave shows the channels of the chosen plant unit only; "[All Device]" shows them all.
+    const auto *unit =
+        reinterpret_cast<const CmtdInfTrwk_Unit *>(unitSelector->itemData(index).value<quintptr>());
+    if (unit && !m_file.HasUnit(unit))
+        unit = nullptr;
+    if (unit == m_currentUnit)
+        return;
+    m_currentUnit = unit;
+    for (const auto &map : m_file.analogMaps) {
+        const bool hide = unit && !unit->UsesAnalogChannel(uint16_t(map->Index()));
+        map->flags = hide ? map->flags | CChnMapBase::FlagHidden : map->flags & ~CChnMapBase::FlagHidden;
+    }
+    const bool hideStill = m_document.displayFlags.testFlag(CCmtdDocument::HideStatus0);
+    for (const auto &map : m_file.statusMaps) {
+        const bool used = !unit || unit->UsesStatusChannel(uint16_t(map->Index()));
+        const bool still = !(map->flags & CChnMapBase::FlagShifts);
+        const bool hide = (unit && !used) || (unit && hideStill && still);
+        map->flags = hide ? map->flags | CChnMapBase::FlagHidden : map->flags & ~CChnMapBase::FlagHidden;
+    }
+    m_waveView->layoutRows(true);
+    m_nameView->update();
 }
 
 bool CCmtdChildFrame::saveAs(const QString &path)

@@ -32,6 +32,10 @@ class CCmtdChildFrame : public CMdiChildFrame
     Q_OBJECT
 
 public:
+    // "[All Device]" and one entry per plant unit; the chosen entry stays where it still
+    // exists. After a load, and after the units changed (a settings import, the setup).
+    void refillUnitSelector();
+    QComboBox *unitChooser() const { return unitSelector; }
     // Save As to a chosen name: refuses the recording's own files, asks before a save that
     // would change channels' values, and says why a write failed.
     bool saveRecordingAs(const QString &chosen);
@@ -93,6 +97,7 @@ private:
     void finishJob();
     void showSpan();
     void showNotices();
+
     bool saveAs(const QString &path);
     bool saveExactCopy(const QString &path, const ExactCopyFormat &format);
     enum class SaveKind
@@ -150,6 +155,7 @@ private:
     QLabel *labelTd = nullptr;
     QLabel *m_spanLabel = nullptr;
     QLabel *m_noticeLabel = nullptr;
+    const CmtdInfTrwk_Unit *m_currentUnit = nullptr; // the plant unit the wave is filtered to
     QProgressBar *m_progressBar = nullptr;
     QAction *m_progressAction = nullptr;
     CCmtdChildContainerAna *m_anaContainer = nullptr;

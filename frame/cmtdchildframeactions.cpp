@@ -242,6 +242,23 @@ void CCmtdChildFrame::buildMenus(QMenuBar *bar, const FileMenuAnchors &anchors)
     analysis->addSeparator();
     analysis->addAction(m_actions[ActCoordinateXY]);
     // The line, transformer and generator menus follow the plant units of the extension file.
+    if (!m_file.lineUnits.empty()) {
+        QMenu *line = bar->addMenu(tr("Line Analysis(&L)"));
+        line->addAction(m_actions[ActLineDouble]);
+        if (globalOptions.anaUseIoFlag)
+            line->addAction(m_actions[ActLineComplex]);
+    }
+    if (!m_file.transformerUnits.empty()) {
+        addGroups(bar->addMenu(tr("Trans. Analysis(&T)")),
+                  {{ActTrmPqs, ActTrmUf}, {ActTrmDiff, ActTrmDiffCw, ActTrmDiff0}});
+    }
+    if (!m_file.powerUnits.empty()) {
+        addGroups(bar->addMenu(tr("Generator Analysis(&P)")), {{ActPwrPqs, ActPwrUf, ActPwrAng},
+                                                               {ActPwrLossExci, ActPwrLossStep, ActPwrPqG},
+                                                               {ActPwrDiff, ActPwrDiffV, ActPwrDiffH}});
+    }
+    if (!m_file.transformerUnits.empty() && !m_file.powerUnits.empty())
+        bar->addMenu(tr("G&T Analysis(&G)"))->addAction(m_actions[ActPTGDiff]);
 }
 
 void CCmtdChildFrame::updateActions()

@@ -14,6 +14,7 @@
 #include <QAbstractButton>
 #include <QAction>
 #include <QApplication>
+#include <QComboBox>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
@@ -24,10 +25,13 @@
 #include <QProgressBar>
 #include <QStandardPaths>
 #include <QStatusBar>
+#include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTest>
+
 #include <QTimer>
 #include <QToolBar>
+#include <memory>
 
 namespace {
 
@@ -179,6 +183,50 @@ private Q_SLOTS:
         QVERIFY(!kilo->saveRecordingAs(path));
         QVERIFY(cfg.open(QIODevice::ReadOnly));
         QCOMPARE(cfg.readAll(), before);
+    }
+
+    void plantUnitsFilterTheWavesAndFillTheirPage()
+    {
+        QTemporaryDir dir;
+        CCmtdChildFrame *frame = open(writeRecording(dir, "units", 300, 3, 2));
+        QVERIFY(frame && waitIdle(frame));
+        CCmtd99File &file = frame->recordingForJob();
+        auto line = std::make_unique<CmtdInfTrwk_UnitLine>();
+        line->devId = 1;
+        line->name = "Line 1";
+        line->length = 42.0f;
+        line->taChns = {2, 0, 0, 0};
+        line->statusChannels = {2};
+        file.lineUnits.push_back(std::move(line));
+        frame->refillUnitSelector();
+        QComboBox *chooser = frame->unitChooser();
+        QCOMPARE(chooser->count(), 2);
+        QCOMPARE(chooser->itemText(1), QStringLiteral("Line 1"));
+        // The line uses analog channel 2 and status channel 2: the others are hidden.
+        chooser->setCurrentIndex(1);
+        QCOMPARE(bool(file.analogMaps[0]->flags & CChnMapBase::FlagHidden), true);
+        QCOMPARE(bool(file.analogMaps[1]->flags & CChnMapBase::FlagHidden), false);
+        QCOMPARE(bool(file.analogMaps[2]->flags & CChnMapBase::FlagHidden), true);
+        QCOMPARE(bool(file.statusMaps[0]->flags & CChnMapBase::FlagHidden), true);
+        QCOMPARE(bool(file.statusMaps[1]->flags & CChnMapBase::FlagHidden), false);
+        chooser->setCurrentIndex(0);
+        for (const auto &map : file.analogMaps)
+            QVERIFY(!(map->flags & CChnMapBase::FlagHidden));
+        // The configuration page lists the unit with its channels; the line menu appears.
+        frame->cfgContainer()->showRecording(file);
+        QTableWidget *devices = nullptr;
+        for (QTableWidget *table : frame->cfgContainer()->findChildren<QTableWidget *>()) {
+            if (table->columnCount() == 6)
+                devices = table;
+        }
+        QVERIFY(devices);
+        QCOMPARE(devices->rowCount(), 1);
+        QCOMPARE(devices->item(0, 2)->text(), QStringLiteral("Line 1"));
+        QCOMPARE(devices->item(0, 4)->text(), QStringLiteral("2"));
+        QCOMPARE(devices->item(0, 5)->text(), QStringLiteral("2"));
+        m_main->updateMenus();
+        QVERIFY(menuTitles(m_main->menuBar()).contains(QStringLiteral("Line Analysis(&L)")));
+        QVERIFY(!menuTitles(m_main->menuBar()).contains(QStringLiteral("Trans. Analysis(&T)")));
     }
 
     void encodingPickerReadsTheNamesAgain()
