@@ -1,7 +1,7 @@
 // veldrix-gendemo: writes the bundled demo recording, a single-phase-to-ground fault on a 220 kV
 // overhead line cleared by single-pole tripping and followed by a successful single-pole reclose.
 //
-// Usage: veldrix-gendemo OUTDIR   (writes OUTDIR/demo_line_fault.cfg and OUTDIR/demo_line_fault.dat)
+// Usage: veldrix-gendemo OUTDIR   (writes OUTDIR/demo_line_fault.cfg, .dat and .inf)
 //
 // The output is deterministic: the measurement noise comes from a fixed-seed generator whose raw output
 // is turned into numbers by hand, so repeated runs write byte-identical files.
@@ -202,6 +202,25 @@ bool writeFile(const std::string &path, const std::string &bytes)
     return bool(out);
 }
 
+// The extension file: the line the recorder watches, with its data and channels, so that the
+// plant-unit selector and the line analysis have something to work on.
+std::string makeInf()
+{
+    return "[Public Record_Information]\n"
+           "Source=VELDRIX demo generator\n"
+           "Location=Demo substation, bay Line 1\n"
+           "[TRWK Line_#1]\n"
+           "DEV_ID=1,Line 1\n"
+           "SYS_ID=220kV\n"
+           "OBJECT_TYPE=LINE\n"
+           "LENGTH=48.000(km)\n"
+           "RX=0.0700000000(\xce\xa9/km), 0.4000000000(\xce\xa9/km), 0.2000000000(\xce\xa9/km), "
+           "1.2000000000(\xce\xa9/km)\n"
+           "TA_CHNS=5, 6, 7, 8, 1\n"
+           "TV_CHNS=1, 2, 3, 4\n"
+           "STATUS_CHNS=1, 2, 3, 4, 5, 6, 7, 8\n";
+}
+
 std::string makeCfg(const std::array<double, 8> &scale)
 {
     std::string cfg;
@@ -272,8 +291,9 @@ int main(int argc, char **argv)
         putLe(dat, statusWord(double(micros) / 1e6, seq), 2);
     }
 
-    if (!writeFile(base + ".cfg", makeCfg(scale)) || !writeFile(base + ".dat", dat)) {
-        std::fprintf(stderr, "veldrix-gendemo: cannot write %s.cfg/.dat\n", base.c_str());
+    if (!writeFile(base + ".cfg", makeCfg(scale)) || !writeFile(base + ".dat", dat) ||
+        !writeFile(base + ".inf", makeInf())) {
+        std::fprintf(stderr, "veldrix-gendemo: cannot write %s.cfg/.dat/.inf\n", base.c_str());
         return 1;
     }
     std::printf("wrote %s.cfg and %s.dat (%d samples, pole A open %.4f s .. %.4f s)\n", base.c_str(),
