@@ -155,6 +155,14 @@ void CCmtd99File::ClearAll()
     infVersion = 0;
     cursor = Cursor();
     infMessages.clear();
+    recordInfo = InfRecordInfo();
+    statusEvents.clear();
+    commentaries.clear();
+    expressionLines.clear();
+    settingsKeys.clear();
+    publicExtraSections.clear();
+    privateExtraSections.clear();
+    foreignSections.clear();
     cfgMessages.clear();
     extMessages.clear();
     reservedMessages.clear();
@@ -196,6 +204,7 @@ bool CCmtd99File::LoadFile(const char *path)
     } else if (LoadCfg(CmtdSiblingPath(base, ".cfg").constData()) != ReadDone) {
         return false;
     }
+    LoadInf(CmtdSiblingPath(base, ".inf").constData());
     // The names read as the recorder wrote them: the codec follows from the whole ".cfg".
     if (!codecOverride.isEmpty()) {
         codecName = codecOverride;
@@ -234,6 +243,8 @@ bool CCmtd99File::LoadCffFile(const QByteArray &path)
         return false;
     if (LoadCfgFrom(cfg) != ReadDone && infVersion < 2)
         return false;
+    if (cffLayout.inf.present)
+        LoadInf(path.constData());
     if (!codecOverride.isEmpty()) {
         codecName = codecOverride;
     } else {

@@ -4,6 +4,7 @@
 #include "chnmap.h"
 #include "cmtdchannel.h"
 #include "cmtdtypes.h"
+#include "infrecord.h"
 #include "units.h"
 
 #include <QByteArray>
@@ -87,6 +88,18 @@ public:
     int LoadCfgFrom(CDiskFile &file);
     // The number behind the version tag of an extension file, 0 if none.
     int ReadInfVersion(const char *path);
+    // Reads an extension file (or a settings file, which is its sections alone) into what the
+    // recording holds; a field already given stays. 3 when read (or absent), 4 out of memory.
+    int LoadInf(const char *path);
+    // Writes the extension file through a write set; the first save of a file of an older
+    // version keeps the old one as path + ".bak". False with `saveError` on failure.
+    bool SaveInf(const char *path);
+    // The whole extension file, or the private sections whose InfSectionBit is in `mask`.
+    void WriteInf(CTextOutput &out);
+    bool WriteInfSections(CTextOutput &out, uint32_t mask);
+    // Sections of the extension file that no reader knows; the standard keeps them as text.
+    virtual int OnUnknownPublicSection(const QByteArray &head, const InfKeyLines &keys);
+    virtual int OnUnknownPrivateSection(const QByteArray &head, const InfKeyLines &keys);
     // Checks the counts, builds the effective segments; 0 means usable.
     int Validate();
     // The writers go through a write set: a failure leaves the earlier file as it was, returns
@@ -130,6 +143,17 @@ public:
     int16_t infVersion = 0;
     Cursor cursor;
     LoadMessageList infMessages;
+    InfRecordInfo recordInfo;
+    // The record types share their names with section bits of the same families; the
+    // elaborated form names the record.
+    std::vector<struct InfStatusEvent> statusEvents;
+    std::vector<struct InfCommentary> commentaries;
+    InfKeyValueList settingsKeys; // keys of the settings section other than T0'
+
+    QList<QByteArray> expressionLines;
+    QList<InfRawSection> publicExtraSections;
+    QList<InfRawSection> privateExtraSections;
+    QList<InfRawSection> foreignSections;
     // Primary device units by kind, in the order the extension file gave them, and the
     // recorder's own reports.
     std::vector<std::unique_ptr<CmtdInfTrwk_UnitLine>> lineUnits;
@@ -200,6 +224,28 @@ private:
     bool BuildStores(int capacity);
     bool ReadAnalogLine(char *fields[], int count, int &result);
     bool ReadStatusLine(char *fields[], int count, int &result);
+    // The readers of the extension file's own sections (infreader.cpp), each over the key
+    // lines of one section; `number` is the one behind "#" in the head.
+    int readInfSection(const QByteArray &head, int32_t headLine, const InfKeyLines &keys,
+                       const QList<QByteArray> &rawLines);
+    int readInfRecordInfo(const InfKeyLines &keys);
+    int readInfFileDescription(const InfKeyLines &keys);
+    int readInfAnalogChannel(int number, const InfKeyLines &keys);
+    int readInfStatusChannel(int number, const InfKeyLines &keys);
+    int readInfAnalogParameters(const InfKeyLines &keys);
+    int readInfStatusParameters(const InfKeyLines &keys);
+    int readInfStatusEvent(int32_t headLine, const InfKeyLines &keys);
+    int readInfCommentary(const InfKeyLines &keys);
+    int readInfSettings(const InfKeyLines &keys);
+    // The writers of those sections (infwriter.cpp).
+    void writeInfRecordInfo(CTextOutput &out) const;
+    void writeInfFileDescription(CTextOutput &out) const;
+    void writeInfPublicChannels(CTextOutput &out);
+    void writeInfAnalogParameters(CTextOutput &out);
+    void writeInfStatusParameters(CTextOutput &out);
+    void writeInfStatusEvents(CTextOutput &out) const;
+    void writeInfCommentaries(CTextOutput &out) const;
+    void writeInfExpressionAndSettings(CTextOutput &out, uint32_t mask) const;
 };
 
 // Formats a message from its translation key: the key is translated, then filled like printf.
