@@ -1081,5 +1081,6 @@ bool CCmtd99File::SaveFile(const char *path)
         saveError = set.ErrorText();
         return false;
     }
-    return true;
+    // The extension file follows the pair: what COMTRADE has no place for.
+    return SaveInf((base + (named && extension == ".CFG" ? ".INF" : ".inf")).constData());
 }
