@@ -21,12 +21,16 @@ QByteArray stampText(const RecordTime &t)
 }
 
 void writeMessages(JsonWriter &json, const CCmtd99File &file, const char *name,
-                   const LoadMessageList &messages)
+                   const LoadMessageList &messages, const QByteArray &source = QByteArray())
 {
     json.key(name);
     json.beginArray();
     for (const LoadMessage &message : messages) {
         json.beginObject();
+        if (!source.isEmpty()) {
+            json.key("file");
+            json.value(QString::fromLocal8Bit(source));
+        }
         json.key("line");
         json.value(message.line);
         json.key("text");
@@ -226,12 +230,106 @@ void writeStatusJson(JsonWriter &json, const CCmtd99File &file)
     json.endArray();
 }
 
-void writeMessagesJson(JsonWriter &json, const CCmtd99File &file)
+void writeKeysJson(JsonWriter &json, const CCmtd99File &file, const InfKeyValueList &keys)
+{
+    json.key("otherKeys");
+    json.beginObject();
+    for (const InfKeyValue &entry : keys) {
+        json.key(entry.key.constData());
+        json.value(file.Text(entry.value));
+    }
+    json.endObject();
+}
+
+void writeRecordInfoJson(JsonWriter &json, const CCmtd99File &file)
+{
+    const InfRecordInfo &info = file.recordInfo;
+    json.key("infVersion");
+    json.value(int(file.infVersion));
+    json.key("recordInfo");
+    json.beginObject();
+    json.key("flags");
+    json.value(info.flags);
+    writeText(json, file, "source", info.source);
+    writeText(json, file, "versionTag", info.versionTag);
+    writeText(json, file, "recordInfo", info.recordInfo);
+    writeText(json, file, "location", info.location);
+    json.key("maxCurrent");
+    json.valueFloat(info.maxCurrent);
+    json.key("minCurrent");
+    json.valueFloat(info.minCurrent);
+    json.key("maxVoltage");
+    json.valueFloat(info.maxVoltage);
+    json.key("minVoltage");
+    json.valueFloat(info.minVoltage);
+    json.key("eventNoteCount");
+    json.value(info.eventNoteCount);
+    writeKeysJson(json, file, info.otherKeys);
+    json.endObject();
+}
+
+void writeInfRecordsJson(JsonWriter &json, const CCmtd99File &file)
+{
+    json.key("statusEvents");
+    json.beginArray();
+    for (const struct InfStatusEvent &e : file.statusEvents) {
+        json.beginObject();
+        json.key("flags");
+        json.value(e.flags);
+        json.key("channelIndex");
+        json.value(int(e.channelIndex));
+        writeText(json, file, "channelName", e.channelName);
+        writeText(json, file, "status", e.status);
+        json.key("tripPoint");
+        json.value(e.tripPoint);
+        json.key("tripTimeMs");
+        json.value(e.tripTimeMs);
+        json.key("tripTimeFrac");
+        json.value(e.tripTimeFrac);
+        json.endObject();
+    }
+    json.endArray();
+    json.key("commentaries");
+    json.beginArray();
+    for (const struct InfCommentary &c : file.commentaries) {
+        json.beginObject();
+        json.key("channelType");
+        const char type[2] = {static_cast<char>(c.channelType), 0};
+        json.value(type);
+        json.key("channelIndex");
+        json.value(int(c.channelIndex));
+        json.key("sampleIndex");
+        json.value(c.sampleIndex);
+        json.key("posX");
+        json.value(c.posX);
+        json.key("posY");
+        json.value(c.posY);
+        writeText(json, file, "text", c.text);
+        json.endObject();
+    }
+    json.endArray();
+    json.key("expressionLines");
+    json.beginArray();
+    for (const QByteArray &line : file.expressionLines)
+        json.value(file.Text(line));
+    json.endArray();
+    json.key("customT0");
+    json.value(file.customT0);
+    json.key("rawSections");
+    json.beginArray();
+    for (const InfRawSection &section : file.foreignSections)
+        json.value(file.Text(section.head));
+    json.endArray();
+}
+
+void writeMessagesJson(JsonWriter &json, const char *path, const CCmtd99File &file)
 {
     json.key("messages");
     json.beginObject();
     writeMessages(json, file, "cfg", file.cfgMessages);
-    writeMessages(json, file, "inf", file.infMessages);
+    const QByteArray infPath =
+        file.cffPath.isEmpty() ? CmtdSiblingPath(CmtdBasePath(path), ".inf") : file.cffPath;
+    writeMessages(json, file, "inf", file.infMessages, infPath);
     writeMessages(json, file, "ext", file.extMessages);
     writeMessages(json, file, "dat", file.datMessages);
     json.endObject();
@@ -252,7 +350,9 @@ void WriteDescriptionJson(JsonWriter &json, const char *path, const CCmtd99File 
     writeTimingJson(json, file);
     writeAnalogJson(json, file);
     writeStatusJson(json, file);
-    writeMessagesJson(json, file);
+    writeRecordInfoJson(json, file);
+    writeInfRecordsJson(json, file);
+    writeMessagesJson(json, path, file);
     WriteUnitsJson(json, file);
 }
 

@@ -5,6 +5,7 @@
 #include "infoverb.h"
 #include "phasorsverb.h"
 #include "samplesverb.h"
+#include "saveinfverb.h"
 
 #include <QCoreApplication>
 
@@ -28,7 +29,9 @@ void printUsage(FILE *out)
                  "      fundamental phasor, effective values and read-out of every analog channel\n"
                  "  convert PATH OUT [--ascii|--binary|--binary32|--float32] [--revision 1991|1999|2013]\n"
                  "          [--progress]\n"
-                 "      write an exact copy of the recording under a new name ending in .cfg or .cff\n");
+                 "      write an exact copy of the recording under a new name ending in .cfg or .cff\n"
+                 "  save-inf PATH OUT.inf\n"
+                 "      write the recording's extension file alone\n");
 }
 
 } // namespace
@@ -49,6 +52,8 @@ int main(int argc, char **argv)
         return RunPhasors(argc - 2, argv + 2);
     if (std::strcmp(verb, "convert") == 0)
         return RunConvert(argc - 2, argv + 2);
+    if (std::strcmp(verb, "save-inf") == 0)
+        return RunSaveInf(argc - 2, argv + 2);
     if (std::strcmp(verb, "--help") == 0 || std::strcmp(verb, "help") == 0) {
         printUsage(stdout);
         return 0;
