@@ -31,13 +31,13 @@ void readAsRecording(const QByteArray &bytes, const QString &path)
 
 TEST(FuzzRegressions, EverySeedOfTheDescriptionReadersReadsWithoutFault)
 {
-    // The seeds of the ".cfg" and ".cff" harnesses are the corpus every fuzzing run starts from;
+    // The seeds of the ".cfg", ".cff" and ".inf" harnesses are the corpus every fuzzing run starts from;
     // under the sanitizers this run shows them clean without a fuzzing build.
     const QDir seeds(QStringLiteral(VELDRIX_FUZZ_REGRESSIONS "/../seeds"));
     QTemporaryDir scratch;
     ASSERT_TRUE(scratch.isValid());
     int read = 0;
-    for (const QString &kind : {QStringLiteral("cfg"), QStringLiteral("cff")}) {
+    for (const QString &kind : {QStringLiteral("cfg"), QStringLiteral("cff"), QStringLiteral("inf")}) {
         const QDir folder(seeds.filePath(kind));
         for (const QString &name : folder.entryList(QDir::Files)) {
             QFile input(folder.filePath(name));
