@@ -4,6 +4,7 @@
 
 #include "cmtd99file.h"
 
+#include "chnmap.h"
 #include "chnvocabulary.h"
 #include "safewrite.h"
 
@@ -49,11 +50,28 @@ QByteArray degreeSign(const QByteArray &codecName)
     return codec ? codec->fromUnicode(QStringLiteral("\u00b0")) : QByteArray("\xc2\xb0");
 }
 
-// The signal class of an analog channel: its type code where known, else its unit's.
-int16_t analogClass(const CmtdChn_Analog &channel)
+// The signal class of an analog channel, as its store finds it.
+int16_t analogClass(CmtdChn_Analog &channel)
 {
-    const int16_t byCode = ClassFromCode(channel.typeCode);
-    return byCode != ClassOther ? byCode : ClassFromUnit(ParseUnit(channel.uu));
+    const CChnMapAnalog store(&channel);
+    return store.Class();
+}
+
+// A transformer channel with all four ratings is written with them: secondary values in the
+// plain unit, the scale of its store, and the ratio from the ratings. The ".cfg" is written by
+// then, so the two files can differ in these fields.
+void writeRatingsIntoRecord(CmtdChn_Analog &channel)
+{
+    const CChnMapAnalog store(&channel);
+    const int16_t chnClass = store.Class();
+    if ((chnClass != ClassACV && chnClass != ClassACC) || !channel.HasRatings())
+        return;
+    channel.ps = 'S';
+    channel.uu = chnClass == ClassACV ? "V" : "A";
+    channel.a = static_cast<float>(store.gain);
+    channel.b = static_cast<float>(store.offset);
+    channel.primary = channel.primaryRating * 1000.0f;
+    channel.secondary = channel.secondaryRating;
 }
 
 } // namespace
@@ -155,6 +173,7 @@ void CCmtd99File::writeInfFileDescription(CTextOutput &out) const
 void CCmtd99File::writeInfPublicChannels(CTextOutput &out)
 {
     for (const auto &c : analogChannels) {
+        writeRatingsIntoRecord(*c);
         out.Printf("[Public Analog_Channel_#%d]\r\n", c->index);
         out.Printf("Channel_ID=%s\r\n", c->ch_id.constData());
         out.Printf("Phase_ID=%s\r\n", c->ph.constData());

@@ -142,7 +142,8 @@ TEST_F(InfWriter, SectionOrderAndNumberFormats)
                              "Channel_Multiplier=0.2500000000",
                              "Channel_Offset=0.5000000000",
                              "Range_Minimum_Limit_Value=-32767",
-                             "Channel_Ratio_Primary=600.0000000000",
+                             "Channel_Ratio_Primary=1200.0000000000",
+                             "Channel_Ratio_Secondary=5.0000000000",
                              "Data_Primary_Secondary=S",
                              "Normal_State=1",
                              "CHNL_INFO_#1=1, -1, , , , ",
@@ -157,6 +158,8 @@ TEST_F(InfWriter, SectionOrderAndNumberFormats)
                              "k2=b"}) {
         EXPECT_TRUE(HasLine(text, line)) << line;
     }
+    // A current channel with all four ratings is written with them, whatever its ".cfg" ratio.
+    EXPECT_EQ(rec.analogChannels[0]->primary, 1200.0f);
     // The analog parameters, with the angles back in degrees; the near-zero one stays zero.
     EXPECT_TRUE(
         text.contains("\r\nCHNL_INFO_#1=1, 4, Ia feeder, TA, 50.000, 1.200, kA, 5.000, A, 2.00000000, "
