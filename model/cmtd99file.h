@@ -228,6 +228,8 @@ private:
     // lines of one section; `number` is the one behind "#" in the head.
     int readInfSection(const QByteArray &head, int32_t headLine, const InfKeyLines &keys,
                        const QList<QByteArray> &rawLines);
+    int readInfPrivateSection(const QByteArray &name, const QByteArray &head, int32_t headLine,
+                              const InfKeyLines &keys, const QList<QByteArray> &rawLines);
     int readInfRecordInfo(const InfKeyLines &keys);
     int readInfFileDescription(const InfKeyLines &keys);
     int readInfAnalogChannel(int number, const InfKeyLines &keys);

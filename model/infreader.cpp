@@ -240,7 +240,12 @@ int CCmtd99File::readInfSection(const QByteArray &head, int32_t headLine, const 
         }
         return OnUnknownPublicSection(head, keys);
     }
+    return readInfPrivateSection(name, head, headLine, keys, rawLines);
+}
 
+int CCmtd99File::readInfPrivateSection(const QByteArray &name, const QByteArray &head, int32_t headLine,
+                                       const InfKeyLines &keys, const QList<QByteArray> &rawLines)
+{
     struct UnitName
     {
         const char *name;
