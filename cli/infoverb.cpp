@@ -272,7 +272,7 @@ void writeInfRecordsJson(JsonWriter &json, const CCmtd99File &file)
 {
     json.key("statusEvents");
     json.beginArray();
-    for (const struct InfStatusEvent &e : file.statusEvents) {
+    for (const InfStatusEvent &e : file.statusEvents) {
         json.beginObject();
         json.key("flags");
         json.value(e.flags);
@@ -291,7 +291,7 @@ void writeInfRecordsJson(JsonWriter &json, const CCmtd99File &file)
     json.endArray();
     json.key("commentaries");
     json.beginArray();
-    for (const struct InfCommentary &c : file.commentaries) {
+    for (const InfCommentary &c : file.commentaries) {
         json.beginObject();
         json.key("channelType");
         const char type[2] = {static_cast<char>(c.channelType), 0};

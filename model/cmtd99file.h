@@ -144,10 +144,8 @@ public:
     Cursor cursor;
     LoadMessageList infMessages;
     InfRecordInfo recordInfo;
-    // The record types share their names with section bits of the same families; the
-    // elaborated form names the record.
-    std::vector<struct InfStatusEvent> statusEvents;
-    std::vector<struct InfCommentary> commentaries;
+    std::vector<InfStatusEvent> statusEvents;
+    std::vector<InfCommentary> commentaries;
     InfKeyValueList settingsKeys; // keys of the settings section other than T0'
 
     QList<QByteArray> expressionLines;

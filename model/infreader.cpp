@@ -276,11 +276,11 @@ int CCmtd99File::readInfPrivateSection(const QByteArray &name, const QByteArray 
         return readInfStatusParameters(keys);
     }
     if (name == "status_event_#") {
-        infSectionsSeen |= InfSectionBit::InfStatusEvent;
+        infSectionsSeen |= InfStatusEvents;
         return readInfStatusEvent(headLine, keys);
     }
     if (name == "commentary_#") {
-        infSectionsSeen |= InfSectionBit::InfCommentary;
+        infSectionsSeen |= InfCommentaries;
         return readInfCommentary(keys);
     }
     if (name == "expression") {
@@ -688,9 +688,9 @@ int CCmtd99File::readInfStatusParameters(const InfKeyLines &keys)
 
 int CCmtd99File::readInfStatusEvent(int32_t headLine, const InfKeyLines &keys)
 {
-    struct InfStatusEvent event;
+    InfStatusEvent event;
     uint32_t &flags = event.flags;
-    using Event = struct InfStatusEvent;
+    using Event = InfStatusEvent;
     for (const InfKeyLine &line : keys) {
         const QByteArray &key = line.key;
         if (same(key, "CHNL_ID")) {
@@ -740,8 +740,8 @@ int CCmtd99File::readInfStatusEvent(int32_t headLine, const InfKeyLines &keys)
 
 int CCmtd99File::readInfCommentary(const InfKeyLines &keys)
 {
-    struct InfCommentary note;
-    using Note = struct InfCommentary;
+    InfCommentary note;
+    using Note = InfCommentary;
     uint32_t &flags = note.flags;
     for (const InfKeyLine &line : keys) {
         const QByteArray &key = line.key;

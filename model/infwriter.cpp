@@ -17,10 +17,10 @@ namespace {
 constexpr float kRadiansToDegrees = 57.2957763671875f;
 
 // Every private section that a save writes; reports are read and never saved.
-constexpr uint32_t kSavedPrivateSections =
-    InfAnalogChannelsParameter | InfStatusChannelsParameter | InfSectionBit::InfStatusEvent | InfReport |
-    InfLine | InfTransformer | InfPower | InfExcitation | InfSectionBit::InfCommentary | InfExpression |
-    InfSettings | InfChannelsGroup | InfOtherPrivate;
+constexpr uint32_t kSavedPrivateSections = InfAnalogChannelsParameter | InfStatusChannelsParameter |
+                                           InfStatusEvents | InfReport | InfLine | InfTransformer | InfPower |
+                                           InfExcitation | InfCommentaries | InfExpression | InfSettings |
+                                           InfChannelsGroup | InfOtherPrivate;
 
 void writeKeys(CTextOutput &out, const InfKeyValueList &keys)
 {
@@ -115,11 +115,11 @@ bool CCmtd99File::WriteInfSections(CTextOutput &out, uint32_t mask)
         writeInfAnalogParameters(out);
     if (mask & InfStatusChannelsParameter)
         writeInfStatusParameters(out);
-    if (mask & InfSectionBit::InfStatusEvent)
+    if (mask & InfStatusEvents)
         writeInfStatusEvents(out);
     WriteInfUnitSections(out, *this,
                          mask & (InfLine | InfTransformer | InfPower | InfExcitation | InfChannelsGroup));
-    if (mask & InfSectionBit::InfCommentary)
+    if (mask & InfCommentaries)
         writeInfCommentaries(out);
     writeInfExpressionAndSettings(out, mask);
     if (mask & InfOtherPrivate)
@@ -261,7 +261,7 @@ void CCmtd99File::writeInfStatusParameters(CTextOutput &out)
 void CCmtd99File::writeInfStatusEvents(CTextOutput &out) const
 {
     int number = 0;
-    for (const struct InfStatusEvent &e : statusEvents) {
+    for (const InfStatusEvent &e : statusEvents) {
         out.Printf("[TRWK STATUS_Event_#%d]\r\n", ++number);
         out.Printf("CHNL_ID=%d, %s\r\n", e.channelIndex, e.channelName.constData());
         out.Printf("STATUS=%s\r\n", e.status.constData());
@@ -277,7 +277,7 @@ void CCmtd99File::writeInfStatusEvents(CTextOutput &out) const
 void CCmtd99File::writeInfCommentaries(CTextOutput &out) const
 {
     int number = 0;
-    for (const struct InfCommentary &note : commentaries) {
+    for (const InfCommentary &note : commentaries) {
         const bool analog = note.channelType == 'A';
         const CmtdChn_Base *channel =
             analog ? static_cast<const CmtdChn_Base *>(FindAnalogChannel(note.channelIndex))

@@ -309,7 +309,7 @@ TEST_F(InfReader, EventsCommentariesExpressionsAndSettings)
         "Zoom=3",
     }));
     ASSERT_EQ(rec.statusEvents.size(), 2u);
-    const struct InfStatusEvent &e = rec.statusEvents[0];
+    const InfStatusEvent &e = rec.statusEvents[0];
     EXPECT_EQ(e.channelName, "Trip");
     EXPECT_EQ(e.tripTimeMs, 20);
     EXPECT_EQ(e.tripTimeFrac, 500);
@@ -334,7 +334,7 @@ TEST_F(InfReader, EventsCommentariesExpressionsAndSettings)
     EXPECT_EQ(rec.customT0, 42);
     ASSERT_EQ(rec.settingsKeys.size(), 1);
     EXPECT_EQ(rec.settingsKeys[0].key, "Zoom");
-    EXPECT_EQ(rec.infSectionsSeen, InfStatusEvent | InfCommentary | InfExpression | InfSettings);
+    EXPECT_EQ(rec.infSectionsSeen, InfStatusEvents | InfCommentaries | InfExpression | InfSettings);
 }
 
 TEST_F(InfReader, ASecondReadFillsGapsOnly)
