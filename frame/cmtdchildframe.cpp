@@ -2,6 +2,7 @@
 
 #include "exactcopy.h"
 #include "notices.h"
+#include "safewrite.h"
 
 #include "cmtdchildcontainer.h"
 #include "cmtdchildcontainercfg.h"
@@ -301,6 +302,9 @@ void CCmtdChildFrame::finishJob()
                 slot_WaveShowChnHideS0();
             if (globalOptions.stateMask & CGlobalOptions::ChnNameAhead)
                 m_document.displayFlags.setFlag(CCmtdDocument::NameAhead);
+            // T0' kept in the extension file comes back with its mark.
+            if (m_file.customT0 >= 0 && m_file.customT0 < points)
+                m_document.displayFlags.setFlag(CCmtdDocument::ShowT0cCursor);
             if (globalOptions.stateMask & CGlobalOptions::AutoSaveWaveViewStatus)
                 m_waveView->loadStatus(lastStatusPath().constData());
         }
@@ -411,11 +415,8 @@ void CCmtdChildFrame::closeEvent(QCloseEvent *event)
             event->ignore();
             return;
         }
-        if (answer == QMessageBox::Yes) {
-            // The extension file that keeps the engineer's marks has no writer yet: say so and
-            // keep the frame open rather than lose the work silently.
-            reportWarning(
-                "%s", tr("The settings of this recording cannot be saved yet.").toLocal8Bit().constData());
+        // A save that fails keeps the frame open, with the reason said, rather than lose the work.
+        if (answer == QMessageBox::Yes && !saveFile(m_fileName)) {
             event->ignore();
             return;
         }
@@ -537,6 +538,82 @@ bool CCmtdChildFrame::saveExactCopy(const QString &path, const ExactCopyFormat &
         return true;
     reportWarning("%s", error.toLocal8Bit().constData());
     return false;
+}
+
+bool CCmtdChildFrame::saveFile(const QString &path)
+{
+    // The engineer's work (plant units, events, T0', settings) lives in the extension file; the
+    // configuration and data files are not touched by a save.
+    const QByteArray base = CmtdBasePath(QFile::encodeName(path).constData());
+    const QByteArray inf = CmtdSiblingPath(base, ".inf");
+    if (!m_file.SaveInf(inf.constData())) {
+        QMessageBox::warning(this, QString(),
+                             m_file.saveError.isEmpty() ? tr("Failed to write %1").arg(QFile::decodeName(inf))
+                                                        : m_file.saveError);
+        return false;
+    }
+    m_fileName = QFileInfo(path).canonicalFilePath();
+    setModified(false);
+    return true;
+}
+
+void CCmtdChildFrame::slot_FileSave()
+{
+    if (m_modified)
+        saveFile(m_fileName);
+}
+
+void CCmtdChildFrame::slot_FileInfExp()
+{
+    const QString chosen = QFileDialog::getSaveFileName(this, QString(), QFileInfo(m_fileName).absolutePath(),
+                                                        tr("TRWK Settings File(*.tcfg)"));
+    if (!chosen.isEmpty())
+        exportSettings(PathWithExtension(chosen, {"tcfg"}));
+}
+
+bool CCmtdChildFrame::exportSettings(const QString &path)
+{
+    // The private sections that carry settings rather than the recording itself.
+    constexpr uint32_t kSettingsMask = InfAnalogChannelsParameter | InfStatusChannelsParameter | InfLine |
+                                       InfTransformer | InfPower | InfExcitation | InfExpression |
+                                       InfChannelsGroup;
+    static_assert(kSettingsMask == 0xaf30u);
+    CTextOutput out;
+    QString error;
+    if (!m_file.WriteInfSections(out, kSettingsMask) || !WriteFileSafely(path, out.bytes(), &error)) {
+        QMessageBox::warning(this, QString(), error.isEmpty() ? tr("Failed to write %1").arg(path) : error);
+        return false;
+    }
+    return true;
+}
+
+void CCmtdChildFrame::slot_FileInfImp()
+{
+    const QString chosen = QFileDialog::getOpenFileName(this, QString(), QFileInfo(m_fileName).absolutePath(),
+                                                        tr("TRWK Settings File(*.tcfg)"));
+    if (!chosen.isEmpty())
+        importSettings(chosen);
+}
+
+bool CCmtdChildFrame::importSettings(const QString &path)
+{
+    // A second read into the recording: only what is still open is filled.
+    const int result = m_file.LoadInf(QFile::encodeName(path).constData());
+    for (const auto &map : m_file.analogMaps)
+        map->plantUnit = map->config ? m_file.FindUnitByName(map->config->ccbm.trimmed()) : nullptr;
+    for (const auto &map : m_file.statusMaps)
+        map->plantUnit = map->config ? m_file.FindUnitByName(map->config->ccbm.trimmed()) : nullptr;
+    m_cfgContainer->showRecording(m_file);
+    refillUnitSelector();
+    Q_EMIT menusChanged(this);
+    m_waveView->layoutRows(true);
+    m_nameView->update();
+    if (result == 4) {
+        reportWarning("%s", tr("Memory is not enough to read %1").arg(path).toLocal8Bit().constData());
+        return false;
+    }
+    setModified(true);
+    return true;
 }
 
 void CCmtdChildFrame::slot_FileSaveAs()

@@ -32,6 +32,13 @@ class CCmtdChildFrame : public CMdiChildFrame
     Q_OBJECT
 
 public:
+    // Writes the extension file beside the recording; false (with a message box) when the disk
+    // refused it, and the frame stays modified.
+    bool saveFile(const QString &path);
+    // Settings files (".tcfg"): the private sections of settings alone, written or read into
+    // the recording (a read fills only what is still open).
+    bool exportSettings(const QString &path);
+    bool importSettings(const QString &path);
     // "[All Device]" and one entry per plant unit; the chosen entry stays where it still
     // exists. After a load, and after the units changed (a settings import, the setup).
     void refillUnitSelector();
@@ -113,7 +120,10 @@ private:
 
     void slot_PaneTabViewSwitch(int page);
     void slot_CmbWaveUntSelChanged(int index);
+    void slot_FileSave();
     void slot_FileSaveAs();
+    void slot_FileInfExp();
+    void slot_FileInfImp();
     void slot_WaveShowValPri();
     void slot_WaveShowValRms();
     void slot_WaveShowValHm1();

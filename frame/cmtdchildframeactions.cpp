@@ -125,7 +125,10 @@ void CCmtdChildFrame::createActions()
         Action id;
         void (CCmtdChildFrame::*slot)();
     } working[] = {
+        {ActFileSave, &CCmtdChildFrame::slot_FileSave},
         {ActFileSaveAs, &CCmtdChildFrame::slot_FileSaveAs},
+        {ActFileInfExp, &CCmtdChildFrame::slot_FileInfExp},
+        {ActFileInfImp, &CCmtdChildFrame::slot_FileInfImp},
         {ActValPri, &CCmtdChildFrame::slot_WaveShowValPri},
         {ActValRms, &CCmtdChildFrame::slot_WaveShowValRms},
         {ActValHm1, &CCmtdChildFrame::slot_WaveShowValHm1},
@@ -268,7 +271,7 @@ void CCmtdChildFrame::updateActions()
         QAction *action = m_actions[i];
         action->setEnabled(action->property("works").toBool() && (data || i == ActFileSaveAs));
     }
-    m_actions[ActFileSave]->setEnabled(false); // the extension file's writer comes with its reader
+    m_actions[ActFileSave]->setEnabled(m_modified);
     m_actions[ActValPri]->setChecked(m_document.displayFlags.testFlag(CCmtdDocument::ValuePrimary));
     m_actions[ActValHm1]->setChecked(m_document.displayFlags.testFlag(CCmtdDocument::ValueFundamental));
     m_actions[ActValRms]->setChecked(m_document.displayFlags.testFlag(CCmtdDocument::ValueTrueRms));

@@ -15,6 +15,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
@@ -227,6 +228,64 @@ private Q_SLOTS:
         m_main->updateMenus();
         QVERIFY(menuTitles(m_main->menuBar()).contains(QStringLiteral("Line Analysis(&L)")));
         QVERIFY(!menuTitles(m_main->menuBar()).contains(QStringLiteral("Trans. Analysis(&T)")));
+    }
+
+    void saveWritesTheExtensionFileAndSettingsTravel()
+    {
+        QTemporaryDir dir;
+        const QString path = writeRecording(dir, "kept", 300, 3, 1);
+        CCmtdChildFrame *frame = open(path);
+        QVERIFY(frame && waitIdle(frame));
+        // T0' at sample 120 marks the recording modified; Save writes the extension file only.
+        frame->waveView()->setCursorT1(120);
+        frame->action(CCmtdChildFrame::ActT0cSet)->trigger();
+        QVERIFY(frame->action(CCmtdChildFrame::ActFileSave)->isEnabled());
+        QFile cfg(path);
+        QVERIFY(cfg.open(QIODevice::ReadOnly));
+        const QByteArray cfgText = cfg.readAll();
+        cfg.close();
+        frame->action(CCmtdChildFrame::ActFileSave)->trigger();
+        QVERIFY(!frame->action(CCmtdChildFrame::ActFileSave)->isEnabled());
+        const QString inf = dir.filePath(QStringLiteral("kept.inf"));
+        QVERIFY(QFileInfo::exists(inf));
+        QVERIFY(cfg.open(QIODevice::ReadOnly));
+        QCOMPARE(cfg.readAll(), cfgText);
+        cfg.close();
+        CCmtd99File again;
+        QVERIFY(again.LoadFile(QFile::encodeName(path).constData()));
+        QCOMPARE(again.customT0, 120);
+
+        // A line unit exported as settings and imported into another recording.
+        auto line = std::make_unique<CmtdInfTrwk_UnitLine>();
+        line->devId = 3;
+        line->name = "Feeder 3";
+        line->length = 12.0f;
+        line->taChns = {1, 2, 3, 0};
+        frame->recordingForJob().lineUnits.push_back(std::move(line));
+        const QString settings = dir.filePath(QStringLiteral("plant.tcfg"));
+        QVERIFY(frame->exportSettings(settings));
+        CCmtdChildFrame *other = open(writeRecording(dir, "other", 300, 3, 0));
+        QVERIFY(other && waitIdle(other));
+        QVERIFY(other->importSettings(settings));
+        QCOMPARE(int(other->recording().lineUnits.size()), 1);
+        QCOMPARE(other->recording().lineUnits[0]->length, 12.0f);
+        QCOMPARE(other->unitChooser()->count(), 2);
+
+        // A save the disk refuses (a folder that is not there) says why and leaves the
+        // recording modified.
+        QString said;
+        QTimer::singleShot(50, [&said] {
+            for (QWidget *widget : QApplication::topLevelWidgets()) {
+                if (auto *box = qobject_cast<QMessageBox *>(widget); box && box->isVisible()) {
+                    said = box->text();
+                    box->button(QMessageBox::Ok)->click();
+                }
+            }
+        });
+        QVERIFY(!other->saveFile(dir.filePath(QStringLiteral("gone/other.cfg"))));
+        QVERIFY2(said.contains(QStringLiteral("other.inf")), qPrintable(said));
+        QVERIFY(other->isModified());
+        other->setModified(false); // nothing to ask when the test's window closes
     }
 
     void encodingPickerReadsTheNamesAgain()
