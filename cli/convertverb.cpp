@@ -69,6 +69,15 @@ int RunConvert(int argc, char **argv)
     QString error;
     switch (SaveExactCopy(file, out, format, &error)) {
     case ExactCopyResult::Written:
+        // The engineer's work (plant units, events, settings) goes with the copy; a single
+        // file carries it inside already.
+        if (out.endsWith(QStringLiteral(".cfg"), Qt::CaseInsensitive)) {
+            const QByteArray inf = QFile::encodeName(out.left(out.size() - 4) + QStringLiteral(".inf"));
+            if (!file.SaveInf(inf.constData())) {
+                std::fprintf(stderr, "veldrix-cli convert: %s\n", file.saveError.toUtf8().constData());
+                return 1;
+            }
+        }
         return 0;
     case ExactCopyResult::Refused:
         std::fprintf(stderr, "veldrix-cli convert: %s\n", error.toUtf8().constData());

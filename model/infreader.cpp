@@ -194,8 +194,14 @@ int CCmtd99File::LoadInf(const char *path)
         }
         if (haveHead && readInfSection(head, headLine, keys, rawLines) == ReadNoMemory)
             return ReadNoMemory;
-        if (kind == KeyLineEnd)
+        if (kind == KeyLineEnd) {
+            // A file of another kind under the name (a recorder's own channel list, say): said,
+            // so the engineer knows why nothing of it shows.
+            if (!haveHead && counter > 0)
+                AddInfMessage(
+                    1, CmtdMessage("No section in the extension file: its %d lines are not read", counter));
             return ReadDone;
+        }
         head = QByteArray(key);
         cursor.text = head;
         headLine = counter;

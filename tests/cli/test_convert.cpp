@@ -289,3 +289,21 @@ TEST(Convert, RescansTheValuesForAMultiplierThatFitsAndMapsTheConfiguredRange)
         EXPECT_EQ(rawAt(n, 1), swingRaw[n]) << "Swing, sample " << n + 1;
     }
 }
+
+TEST(Convert, TheExtensionFileGoesWithThePair)
+{
+    // A line unit in the input's extension file comes out beside the copy and reads back.
+    QTemporaryDir dir;
+    const QString input = writeRecording(dir.path(), QStringLiteral("rec"), 400, 1000);
+    QFile inf(dir.filePath(QStringLiteral("rec.inf")));
+    ASSERT_TRUE(inf.open(QIODevice::WriteOnly));
+    inf.write("[TRWK Line_#1]\nDEV_ID=1,Bay 1\nLENGTH=17.5(km)\nTA_CHNS=1,0,0,0,1\n");
+    inf.close();
+    const QString out = dir.filePath(QStringLiteral("copy.cfg"));
+    ASSERT_EQ(cli({QStringLiteral("convert"), input, out}).code, 0);
+    QFile copy(dir.filePath(QStringLiteral("copy.inf")));
+    ASSERT_TRUE(copy.open(QIODevice::ReadOnly));
+    const QByteArray text = copy.readAll();
+    EXPECT_NE(text.indexOf("[TRWK Line_#1]"), -1);
+    EXPECT_NE(text.indexOf("LENGTH=17.500(km)"), -1) << text.toStdString();
+}

@@ -408,3 +408,13 @@ TEST(InfFieldSamples, RecorderInfAndANonKeyFile)
 }
 
 } // namespace
+
+TEST_F(InfReader, AFileWithoutSectionsIsNamedNotRead)
+{
+    // A recorder's own channel list under the ".inf" name: no head, no key; said in a message.
+    ASSERT_TRUE(Load({"6", "GER 1,3", "Digitais,1,2,3,4,5,6,7,8", "Tensoes,4,5,6,0"}));
+    ASSERT_EQ(rec.infMessages.size(), 1);
+    EXPECT_EQ(rec.infMessages[0].text.toStdString(),
+              "No section in the extension file: its 4 lines are not read");
+    EXPECT_EQ(rec.infSectionsSeen, 0u);
+}
