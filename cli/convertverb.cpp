@@ -69,9 +69,11 @@ int RunConvert(int argc, char **argv)
     QString error;
     switch (SaveExactCopy(file, out, format, &error)) {
     case ExactCopyResult::Written:
-        // The engineer's work (plant units, events, settings) goes with the copy; a single
-        // file carries it inside already.
-        if (out.endsWith(QStringLiteral(".cfg"), Qt::CaseInsensitive)) {
+        // The engineer's work (plant units, events, settings) goes with the copy when the
+        // input had an extension file; a single file carries it inside already.
+        if (out.endsWith(QStringLiteral(".cfg"), Qt::CaseInsensitive) &&
+            (file.infSectionsSeen != 0 || !file.foreignSections.isEmpty() ||
+             !file.publicExtraSections.isEmpty() || !file.privateExtraSections.isEmpty())) {
             const QByteArray inf = QFile::encodeName(out.left(out.size() - 4) + QStringLiteral(".inf"));
             if (!file.SaveInf(inf.constData())) {
                 std::fprintf(stderr, "veldrix-cli convert: %s\n", file.saveError.toUtf8().constData());
