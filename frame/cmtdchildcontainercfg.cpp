@@ -1,5 +1,7 @@
 #include "cmtdchildcontainercfg.h"
 
+#include "channeledit.h"
+
 #include "cmtd99file.h"
 #include "cmtdtext.h"
 #include "textcodec.h"
@@ -9,6 +11,7 @@
 #include <QEvent>
 #include <QHeaderView>
 #include <QLabel>
+#include <QSignalBlocker>
 #include <QStackedWidget>
 #include <QTabBar>
 #include <QTableWidget>
@@ -20,7 +23,8 @@ namespace {
 QTableWidget *makeTable(QWidget *parent)
 {
     auto *table = new QTableWidget(parent);
-    table->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    table->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed |
+                           QAbstractItemView::AnyKeyPressed);
     table->setSelectionBehavior(QAbstractItemView::SelectRows);
     table->setAlternatingRowColors(true);
     table->verticalHeader()->setVisible(false);
@@ -32,8 +36,18 @@ QTableWidget *makeTable(QWidget *parent)
 void setCell(QTableWidget *table, int row, int column, const QString &text, bool number = false)
 {
     auto *item = new QTableWidgetItem(text);
+    item->setFlags(item->flags() & ~Qt::ItemIsEditable);
     if (number)
         item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    table->setItem(row, column, item);
+}
+
+// A cell the engineer may edit: double click, F2 or typing starts it.
+void setEditableCell(QTableWidget *table, int row, int column, const QString &text)
+{
+    auto *item = new QTableWidgetItem(text);
+    item->setFlags(item->flags() | Qt::ItemIsEditable);
+    item->setToolTip(QCoreApplication::translate("CCmtdChildContainerCfg", "Double click or F2 to edit"));
     table->setItem(row, column, item);
 }
 
@@ -103,6 +117,19 @@ CCmtdChildContainerCfg::CCmtdChildContainerCfg(CCmtdChildFrame *frame) : CCmtdCh
         m_stack->addWidget(table);
     setCentralWidget(page);
     connect(m_tabs, &QTabBar::currentChanged, m_stack, &QStackedWidget::setCurrentIndex);
+    // An edit goes to the frame, which takes it or refuses it with the reason.
+    connect(m_analog, &QTableWidget::itemChanged, this, [this](QTableWidgetItem *item) {
+        if (!m_filling && item->column() == kAnalogName)
+            Q_EMIT channelFieldEdited(true, item->row(), ChannelField::Name, item->text());
+        else if (!m_filling && item->column() == kAnalogClass)
+            Q_EMIT channelFieldEdited(true, item->row(), ChannelField::Class, item->text());
+        else if (!m_filling && item->column() == kAnalogRatedFreq)
+            Q_EMIT channelFieldEdited(true, item->row(), ChannelField::RatedFreq, item->text());
+    });
+    connect(m_status, &QTableWidget::itemChanged, this, [this](QTableWidgetItem *item) {
+        if (!m_filling && item->column() == kStatusName)
+            Q_EMIT channelFieldEdited(false, item->row(), ChannelField::Name, item->text());
+    });
     retranslate();
 }
 
@@ -133,10 +160,11 @@ void CCmtdChildContainerCfg::retranslate()
     m_tabs->setTabText(2, tr("Primary Devices"));
     m_tabs->setTabText(3, tr("Inf File Content"));
     m_codecLabel->setText(tr("Text encoding:"));
-    m_analog->setColumnCount(13);
+    m_analog->setColumnCount(15);
     m_analog->setHorizontalHeaderLabels({tr("No."), tr("Name"), tr("Phase"), tr("Component"), tr("Unit"),
                                          tr("Multiplier a"), tr("Offset b"), tr("Skew (us)"), tr("Min"),
-                                         tr("Max"), tr("Primary"), tr("Secondary"), tr("P/S")});
+                                         tr("Max"), tr("Primary"), tr("Secondary"), tr("P/S"), tr("Class"),
+                                         tr("Rated Freq. (Hz)")});
     m_status->setColumnCount(5);
     m_status->setHorizontalHeaderLabels(
         {tr("No."), tr("Name"), tr("Phase"), tr("Component"), tr("Normal State")});
@@ -148,6 +176,15 @@ void CCmtdChildContainerCfg::retranslate()
 }
 
 void CCmtdChildContainerCfg::showRecording(const CCmtd99File &file)
+{
+    const QSignalBlocker analogQuiet(m_analog);
+    const QSignalBlocker statusQuiet(m_status);
+    m_filling = true;
+    fillRecording(file);
+    m_filling = false;
+}
+
+void CCmtdChildContainerCfg::fillRecording(const CCmtd99File &file)
 {
     m_file = &file;
     m_codec->blockSignals(true);
@@ -163,7 +200,7 @@ void CCmtdChildContainerCfg::showRecording(const CCmtd99File &file)
     int row = 0;
     for (const auto &c : file.analogChannels) {
         setCell(m_analog, row, 0, QString::number(c->index), true);
-        setCell(m_analog, row, 1, file.Text(c->ch_id));
+        setEditableCell(m_analog, row, kAnalogName, ChannelFieldText(file, true, row, ChannelField::Name));
         setCell(m_analog, row, 2, file.Text(c->ph));
         setCell(m_analog, row, 3, file.Text(c->ccbm));
         setCell(m_analog, row, 4, file.Text(c->uu));
@@ -175,13 +212,16 @@ void CCmtdChildContainerCfg::showRecording(const CCmtd99File &file)
         setCell(m_analog, row, 10, numberText(c->primary), true);
         setCell(m_analog, row, 11, numberText(c->secondary), true);
         setCell(m_analog, row, 12, QString(QLatin1Char(c->ps)));
+        setEditableCell(m_analog, row, kAnalogClass, ChannelFieldText(file, true, row, ChannelField::Class));
+        setEditableCell(m_analog, row, kAnalogRatedFreq,
+                        ChannelFieldText(file, true, row, ChannelField::RatedFreq));
         ++row;
     }
     m_status->setRowCount(static_cast<int>(file.statusChannels.size()));
     row = 0;
     for (const auto &c : file.statusChannels) {
         setCell(m_status, row, 0, QString::number(c->index), true);
-        setCell(m_status, row, 1, file.Text(c->ch_id));
+        setEditableCell(m_status, row, kStatusName, ChannelFieldText(file, false, row, ChannelField::Name));
         setCell(m_status, row, 2, file.Text(c->ph));
         setCell(m_status, row, 3, file.Text(c->ccbm));
         setCell(m_status, row, 4, c->normalState ? tr("Normal-ON") : tr("Normal-OFF"));

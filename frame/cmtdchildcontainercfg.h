@@ -1,5 +1,7 @@
 #pragma once
 
+#include "channeledit.h"
+
 #include "cmtdchildcontainer.h"
 
 class CCmtd99File;
@@ -28,11 +30,20 @@ public:
 Q_SIGNALS:
     // The engineer chose another text encoding for the recording.
     void codecChosen(const QByteArray &codec);
+    // The engineer typed a new value into a channel's cell (row = position in its kind).
+    void channelFieldEdited(bool analog, int position, ChannelField field, const QString &text);
 
 protected:
     void changeEvent(QEvent *event) override;
 
 private:
+    // The editable columns.
+    static constexpr int kAnalogName = 1;
+    static constexpr int kAnalogClass = 13;
+    static constexpr int kAnalogRatedFreq = 14;
+    static constexpr int kStatusName = 1;
+
+    void fillRecording(const CCmtd99File &file);
     // One row per plant unit: kind, number, name, its data, the channels it uses.
     void showDevices(const CCmtd99File &file);
     void retranslate();
@@ -44,6 +55,7 @@ private:
     QTableWidget *m_status = nullptr;
     QTableWidget *m_devices = nullptr;
     QTableWidget *m_messages = nullptr;
+    bool m_filling = false; // the tables are being filled from the recording, not edited
     QLabel *m_codecLabel = nullptr;
     QLabel *m_summary = nullptr;
     QComboBox *m_codec = nullptr;

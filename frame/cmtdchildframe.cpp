@@ -14,8 +14,10 @@
 #include "reportwarning.h"
 #include "timetext.h"
 
+#include <QAction>
 #include <QCloseEvent>
 #include <QComboBox>
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
@@ -30,6 +32,7 @@
 #include <QStatusBar>
 #include <QTabBar>
 #include <QToolBar>
+#include <QUndoStack>
 #include <QVBoxLayout>
 
 #include <ctime>
@@ -93,6 +96,13 @@ CCmtdChildFrame::CCmtdChildFrame(QWidget *parent) : CMdiChildFrame(parent), m_th
         setWindowTitle(titleText());
         m_nameView->update();
     });
+    connect(m_cfgContainer, &CCmtdChildContainerCfg::channelFieldEdited, this,
+            &CCmtdChildFrame::editChannelField);
+    // Edits are undone with Ctrl+Z until the recording is saved.
+    QAction *undo = m_undo.createUndoAction(this, tr("Undo"));
+    undo->setShortcut(QKeySequence::Undo);
+    undo->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+    addAction(undo);
     pages->addWidget(m_anaContainer);
     pages->addWidget(m_cfgContainer);
     setCentralWidget(pages);
@@ -554,7 +564,60 @@ bool CCmtdChildFrame::saveFile(const QString &path)
     }
     m_fileName = QFileInfo(path).canonicalFilePath();
     setModified(false);
+    m_undo.clear(); // what is saved is not undone
     return true;
+}
+
+namespace {
+
+// One edit of a channel field, undone by giving back the text it had.
+class ChannelEditCommand : public QUndoCommand
+{
+public:
+    ChannelEditCommand(CCmtdChildFrame *frame, bool analog, int position, ChannelField field, QString before,
+                       QString after)
+        : m_frame(frame), m_analog(analog), m_position(position), m_field(field), m_before(std::move(before)),
+          m_after(std::move(after))
+    {
+        setText(QCoreApplication::translate("CCmtdChildFrame", "Edit channel %1").arg(position + 1));
+    }
+    void redo() override { m_frame->applyChannelField(m_analog, m_position, m_field, m_after); }
+    void undo() override { m_frame->applyChannelField(m_analog, m_position, m_field, m_before); }
+
+private:
+    CCmtdChildFrame *m_frame;
+    bool m_analog;
+    int m_position;
+    ChannelField m_field;
+    QString m_before;
+    QString m_after;
+};
+
+} // namespace
+
+bool CCmtdChildFrame::editChannelField(bool analog, int position, ChannelField field, const QString &text)
+{
+    const QString before = ChannelFieldText(m_file, analog, position, field);
+    if (text.trimmed() == before)
+        return true;
+    QString reason;
+    if (!SetChannelField(m_file, analog, position, field, text, &reason)) {
+        // Refused in the cell: the old value comes back and the status bar says why.
+        statusBar()->showMessage(reason, 10000);
+        m_cfgContainer->showRecording(m_file);
+        return false;
+    }
+    m_undo.push(new ChannelEditCommand(this, analog, position, field, before, text.trimmed()));
+    return true;
+}
+
+void CCmtdChildFrame::applyChannelField(bool analog, int position, ChannelField field, const QString &text)
+{
+    SetChannelField(m_file, analog, position, field, text, nullptr);
+    setModified(true);
+    m_cfgContainer->showRecording(m_file);
+    m_waveView->layoutRows(true);
+    m_nameView->update();
 }
 
 void CCmtdChildFrame::slot_FileSave()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "channeledit.h"
 #include "cmtd99file.h"
 #include "cmtddocument.h"
 #include "cmtdthread.h"
@@ -7,6 +8,7 @@
 #include "mdichildframe.h"
 
 #include <QList>
+#include <QUndoStack>
 
 #include <atomic>
 #include <cstdint>
@@ -32,6 +34,11 @@ class CCmtdChildFrame : public CMdiChildFrame
     Q_OBJECT
 
 public:
+    // An edit typed on the configuration page: taken (undoably) or refused with the reason in
+    // the status bar. `applyChannelField` is the step the undo stack repeats.
+    bool editChannelField(bool analog, int position, ChannelField field, const QString &text);
+    void applyChannelField(bool analog, int position, ChannelField field, const QString &text);
+    QUndoStack &undoStack() { return m_undo; }
     // Writes the extension file beside the recording; false (with a message box) when the disk
     // refused it, and the frame stays modified.
     bool saveFile(const QString &path);
@@ -165,6 +172,7 @@ private:
     QLabel *labelTd = nullptr;
     QLabel *m_spanLabel = nullptr;
     QLabel *m_noticeLabel = nullptr;
+    QUndoStack m_undo;
     const CmtdInfTrwk_Unit *m_currentUnit = nullptr; // the plant unit the wave is filtered to
     QProgressBar *m_progressBar = nullptr;
     QAction *m_progressAction = nullptr;

@@ -288,6 +288,35 @@ private Q_SLOTS:
         other->setModified(false); // nothing to ask when the test's window closes
     }
 
+    void channelEditsAreTakenRefusedAndUndone()
+    {
+        QTemporaryDir dir;
+        CCmtdChildFrame *frame = open(writeRecording(dir, "edit", 300, 2, 1));
+        QVERIFY(frame && waitIdle(frame));
+        QTableWidget *analog = frame->cfgContainer()->table(0);
+        // A new name in the cell: the channel shows it at once and the recording is modified.
+        analog->item(0, 1)->setText(QStringLiteral("Feeder Ua"));
+        QCOMPARE(QString::fromUtf8(frame->recording().analogMaps[0]->Name()), QStringLiteral("Feeder Ua"));
+        QVERIFY(frame->isModified());
+        QVERIFY(frame->action(CCmtdChildFrame::ActFileSave)->isEnabled());
+        // A class that does not exist is refused in the cell, with the reason in the status bar.
+        analog->item(1, 13)->setText(QStringLiteral("bad"));
+        QCOMPARE(frame->statusBar()->currentMessage(), QStringLiteral("Unknown signal class: bad"));
+        QCOMPARE(frame->cfgContainer()->table(0)->item(1, 13)->text(), QStringLiteral("TV"));
+        // Ctrl+Z gives the old name back.
+        QCOMPARE(frame->undoStack().count(), 1);
+        frame->undoStack().undo();
+        QCOMPARE(QString::fromUtf8(frame->recording().analogMaps[0]->Name()), QStringLiteral("U1"));
+        QCOMPARE(frame->cfgContainer()->table(0)->item(0, 1)->text(), QStringLiteral("U1"));
+        frame->undoStack().redo();
+        // Saved, the edit stays in the extension file and is no longer undone.
+        QVERIFY(frame->saveFile(frame->fileName()));
+        QCOMPARE(frame->undoStack().count(), 0);
+        CCmtd99File again;
+        QVERIFY(again.LoadFile(QFile::encodeName(frame->fileName()).constData()));
+        QCOMPARE(again.analogChannels[0]->alias, QByteArray("Feeder Ua"));
+    }
+
     void encodingPickerReadsTheNamesAgain()
     {
         QTemporaryDir dir;
