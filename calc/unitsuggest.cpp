@@ -1,0 +1,636 @@
+#include "unitsuggest.h"
+
+#include "chnmap.h"
+#include "chnvocabulary.h"
+#include "cmtd99file.h"
+#include "cmtdchannel.h"
+
+#include <QCoreApplication>
+#include <QRegularExpression>
+#include <QStringList>
+#include <QTextCodec>
+
+#include <array>
+#include <map>
+
+namespace {
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("UnitSuggest", text);
+}
+
+enum Quantity
+{
+    QtyNone,
+    QtyVoltage,
+    QtyCurrent
+};
+
+enum Side
+{
+    SideNone = -1,
+    SideH = 0,
+    SideM = 1,
+    SideL = 2
+};
+
+// How the recorder names the three phases: A/B/C, R/S/T, or Red/Yellow(White)/Blue, where
+// "B" is the third phase.
+enum class Habit
+{
+    ABC,
+    RST,
+    RYB
+};
+
+// What a channel's name (and record) says of its role.
+struct Role
+{
+    Quantity qty = QtyNone;
+    int phase = PhaseUnknown;
+    QString bay; // the name with its phase and quantity words taken out
+};
+
+// Phase of one phase letter under a naming habit; 0 when the letter is no phase there.
+int phaseOfLetter(QChar letter, Habit habit)
+{
+    switch (letter.unicode()) {
+    case 'A':
+        return habit == Habit::ABC ? PhaseA : 0;
+    case 'B':
+        return habit == Habit::ABC ? PhaseB : habit == Habit::RYB ? PhaseC : 0;
+    case 'C':
+        return habit == Habit::ABC ? PhaseC : 0;
+    case 'R':
+        return habit == Habit::ABC ? 0 : PhaseA;
+    case 'S':
+        return habit == Habit::RST ? PhaseB : 0;
+    case 'T':
+        return habit == Habit::RST ? PhaseC : 0;
+    case 'Y':
+    case 'W':
+        return habit == Habit::RYB ? PhaseB : 0;
+    case 'N':
+    case 'G':
+        return PhaseNeutral;
+    default:
+        return 0;
+    }
+}
+
+Quantity quantityOfLetter(QChar letter)
+{
+    return letter == QLatin1Char('I') ? QtyCurrent : QtyVoltage;
+}
+
+// A token such as "UA", "Ia1", "3I0", "Uo", "VR", "I2" or "UAB" (line to line: phase 5).
+bool matchQuantityToken(const QString &token, Habit habit, Role &role)
+{
+    static const QRegularExpression neutral(QStringLiteral("^3?([UVI])[0O]\\d*$"));
+    static const QRegularExpression lineToLine(QStringLiteral("^([UV])(AB|BC|CA|BA|CB|AC)\\d*$"));
+    static const QRegularExpression numbered(QStringLiteral("^([UVI])([123])$"));
+    static const QRegularExpression lettered(QStringLiteral("^([UVI])([A-Z])\\d*$"));
+    QRegularExpressionMatch m = neutral.match(token);
+    if (m.hasMatch()) {
+        role.qty = quantityOfLetter(m.captured(1).at(0));
+        role.phase = PhaseNeutral;
+        return true;
+    }
+    m = lineToLine.match(token);
+    if (m.hasMatch()) {
+        role.qty = QtyVoltage;
+        role.phase = PhaseLine;
+        return true;
+    }
+    m = numbered.match(token);
+    if (m.hasMatch()) {
+        role.qty = quantityOfLetter(m.captured(1).at(0));
+        role.phase = m.captured(2).toInt();
+        return true;
+    }
+    m = lettered.match(token);
+    if (m.hasMatch()) {
+        const int phase = phaseOfLetter(m.captured(2).at(0), habit);
+        if (phase == 0)
+            return false;
+        role.qty = quantityOfLetter(m.captured(1).at(0));
+        role.phase = phase;
+        return true;
+    }
+    return false;
+}
+
+struct Token
+{
+    int start;
+    int length;
+    QString text; // upper case
+};
+
+QList<Token> asciiTokens(const QString &upper)
+{
+    QList<Token> tokens;
+    int i = 0;
+    while (i < upper.size()) {
+        if (upper.at(i).unicode() < 128 && upper.at(i).isLetterOrNumber()) {
+            int j = i;
+            while (j < upper.size() && upper.at(j).unicode() < 128 && upper.at(j).isLetterOrNumber())
+                ++j;
+            tokens.append(Token{i, j - i, upper.mid(i, j - i)});
+            i = j;
+        } else {
+            ++i;
+        }
+    }
+    return tokens;
+}
+
+// Blanks a span of the name; the trailing digits of a token such as "IA1" stay, for they
+// number the bay.
+void blank(QString &text, const Token &token, bool keepTrailingDigits)
+{
+    int end = token.start + token.length;
+    if (keepTrailingDigits)
+        while (end > token.start && text.at(end - 1).isDigit())
+            --end;
+    for (int i = token.start; i < end; ++i)
+        text[i] = QLatin1Char(' ');
+    if (end < token.start + token.length && token.start > 0)
+        text.insert(token.start, QLatin1Char(' '));
+}
+
+// A quantity-and-phase token ("Ia", "3U0", or "1Ia" glued to a bay number), last one first.
+bool takeQuantityToken(QString &text, const QList<Token> &tokens, Habit habit, Role &role)
+{
+    static const QRegularExpression leadingDigits(QStringLiteral("^(\\d+)([UVI].*)$"));
+    for (qsizetype t = tokens.size() - 1; t >= 0; --t) {
+        const Token &token = tokens.at(t);
+        if (matchQuantityToken(token.text, habit, role)) {
+            blank(text, token, role.phase != PhaseNeutral || !token.text.endsWith(QLatin1Char('0')));
+            return true;
+        }
+        const QRegularExpressionMatch m = leadingDigits.match(token.text);
+        if (m.hasMatch() && matchQuantityToken(m.captured(2), habit, role)) {
+            const int digits = int(m.captured(1).size());
+            blank(text, Token{token.start + digits, token.length - digits, m.captured(2)}, true);
+            return true;
+        }
+    }
+    return false;
+}
+
+// Separate words: a phase ("A", "Red", "N"), a quantity ("Volts", "Amps", "I"), "Ph".
+void takeWords(QString &text, const QList<Token> &tokens, Habit habit, Role &role)
+{
+    static const std::map<QString, int> phaseWords = {{QStringLiteral("RED"), PhaseA},
+                                                      {QStringLiteral("YELLOW"), PhaseB},
+                                                      {QStringLiteral("WHITE"), PhaseB},
+                                                      {QStringLiteral("BLUE"), PhaseC},
+                                                      {QStringLiteral("NEUTRAL"), PhaseNeutral}};
+    static const std::map<QString, Quantity> quantityWords = {
+        {QStringLiteral("V"), QtyVoltage},       {QStringLiteral("U"), QtyVoltage},
+        {QStringLiteral("VOLT"), QtyVoltage},    {QStringLiteral("VOLTS"), QtyVoltage},
+        {QStringLiteral("VOLTAGE"), QtyVoltage}, {QStringLiteral("I"), QtyCurrent},
+        {QStringLiteral("AMP"), QtyCurrent},     {QStringLiteral("AMPS"), QtyCurrent},
+        {QStringLiteral("CURRENT"), QtyCurrent}};
+    for (qsizetype t = tokens.size() - 1; t >= 0; --t) {
+        const Token &token = tokens.at(t);
+        if (role.phase == PhaseUnknown) {
+            const auto word = phaseWords.find(token.text);
+            const int phase = word != phaseWords.end() ? word->second
+                              : token.length == 1      ? phaseOfLetter(token.text.at(0), habit)
+                                                       : 0;
+            if (phase != 0) {
+                role.phase = phase;
+                blank(text, token, false);
+                continue;
+            }
+        }
+        const auto quantity = quantityWords.find(token.text);
+        if (quantity != quantityWords.end() && role.qty == QtyNone) {
+            role.qty = quantity->second;
+            blank(text, token, false);
+        } else if (token.text == QLatin1String("PH") || token.text == QLatin1String("PHASE")) {
+            blank(text, token, false);
+        }
+    }
+}
+
+// Chinese words of quantity and phase: "电压", "电流", "零序", "相".
+void takeChineseWords(QString &text, Role &role)
+{
+    if (text.contains(QStringLiteral("零序"))) {
+        role.phase = role.phase == PhaseUnknown ? PhaseNeutral : role.phase;
+        text.replace(QStringLiteral("零序"), QStringLiteral(" "));
+    }
+    if (text.contains(QStringLiteral("电压"))) {
+        role.qty = role.qty == QtyNone ? QtyVoltage : role.qty;
+        text.replace(QStringLiteral("电压"), QStringLiteral(" "));
+    }
+    if (text.contains(QStringLiteral("电流"))) {
+        role.qty = role.qty == QtyNone ? QtyCurrent : role.qty;
+        text.replace(QStringLiteral("电流"), QStringLiteral(" "));
+    }
+    text.replace(QStringLiteral("相"), QStringLiteral(" "));
+}
+
+QString tidyBay(QString text)
+{
+    static const QRegularExpression separators(QStringLiteral("[_\\-:./()\\[\\]#,;]+"));
+    text.replace(separators, QStringLiteral(" "));
+    return text.simplified();
+}
+
+Role readRole(const QString &name, Habit habit)
+{
+    Role role;
+    QString text = name;
+    const QString upper = name.toUpper();
+    if (upper.size() != text.size())
+        text = upper; // a case mapping that changes the length: work on the upper-case text
+    const QList<Token> tokens = asciiTokens(upper);
+    if (!takeQuantityToken(text, tokens, habit, role))
+        takeWords(text, tokens, habit, role);
+    takeChineseWords(text, role);
+    role.bay = tidyBay(text);
+    return role;
+}
+
+// The habit of the whole recording, from the names of its AC channels.
+Habit findHabit(const CCmtd99File &file)
+{
+    static const QRegularExpression rybToken(QStringLiteral("^(3?[UVI][YW]\\d*|RED|YELLOW|WHITE|BLUE|Y|W)$"));
+    static const QRegularExpression rstToken(QStringLiteral("^([UVI][ST]\\d*|S|T)$"));
+    int ryb = 0, rst = 0;
+    for (const auto &channel : file.analogChannels) {
+        for (const Token &token : asciiTokens(file.Text(channel->ch_id).toUpper())) {
+            ryb += rybToken.match(token.text).hasMatch() ? 1 : 0;
+            rst += rstToken.match(token.text).hasMatch() ? 1 : 0;
+        }
+    }
+    if (ryb >= 2 && ryb >= rst)
+        return Habit::RYB;
+    if (rst >= 2)
+        return Habit::RST;
+    return Habit::ABC;
+}
+
+// Winding side named in a bay text ("HV", "高压侧"); the marker is taken out of `text`.
+int takeSide(QString &text)
+{
+    static const struct
+    {
+        const char *marker;
+        int side;
+    } markers[] = {{"高压侧", SideH}, {"中压侧", SideM}, {"低压侧", SideL},
+                   {"高压", SideH},   {"中压", SideM},   {"低压", SideL}};
+    for (const auto &m : markers) {
+        const QString marker = QString::fromUtf8(m.marker);
+        if (text.contains(marker)) {
+            text = tidyBay(text.replace(marker, QStringLiteral(" ")));
+            return m.side;
+        }
+    }
+    static const QRegularExpression english(
+        QStringLiteral("\\b(HV|MV|LV|HIGH|MEDIUM|MIDDLE|LOW)\\b( SIDE\\b)?"),
+        QRegularExpression::CaseInsensitiveOption);
+    const QRegularExpressionMatch m = english.match(text);
+    if (!m.hasMatch())
+        return SideNone;
+    const QChar first = m.captured(1).at(0).toUpper();
+    text = tidyBay(text.remove(m.capturedStart(), m.capturedLength()));
+    return first == QLatin1Char('H') ? SideH : first == QLatin1Char('L') ? SideL : SideM;
+}
+
+// The channels of one bay, as phase A, B, C and neutral sets: voltages up to the line's
+// eight sets, currents up to its two.
+struct Bay
+{
+    QString key;
+    QString name;
+    QByteArray ccbm;
+    QString trmKey;
+    QString trmName;
+    int side = SideNone;
+    std::vector<ChannelSet> tv;
+    std::vector<ChannelSet> ta;
+    QStringList labels;
+    bool consumed = false;
+};
+
+void place(Bay &bay, Quantity qty, int slot, int index, const QString &label)
+{
+    std::vector<ChannelSet> &sets = qty == QtyVoltage ? bay.tv : bay.ta;
+    const size_t cap = qty == QtyVoltage ? size_t(CmtdInfTrwk_UnitLine::kTvSets) : 2;
+    for (ChannelSet &set : sets) {
+        if (set[size_t(slot)] == 0) {
+            set[size_t(slot)] = int16_t(index);
+            bay.labels.append(label);
+            return;
+        }
+    }
+    if (sets.size() >= cap)
+        return;
+    sets.push_back(ChannelSet{});
+    sets.back()[size_t(slot)] = int16_t(index);
+    bay.labels.append(label);
+}
+
+bool usedByUnit(const CCmtd99File &file, int index, bool status)
+{
+    auto uses = [&](const auto &units) {
+        for (const auto &unit : units)
+            if (status ? unit->UsesStatusChannel(uint16_t(index)) : unit->UsesAnalogChannel(uint16_t(index)))
+                return true;
+        return false;
+    };
+    return uses(file.lineUnits) || uses(file.transformerUnits) || uses(file.powerUnits) ||
+           uses(file.exciterUnits) || uses(file.groupUnits);
+}
+
+// Class and phase as the channel store has them, or as it would build them where no samples
+// were read.
+void classAndPhase(const CCmtd99File &file, const CmtdChn_Analog &channel, int &chnClass, int &phase)
+{
+    if (const CChnMapAnalog *map = file.FindAnalogMap(channel.index)) {
+        chnClass = map->Class();
+        phase = map->Phase();
+        return;
+    }
+    chnClass = (channel.flags & CmtdChn_Analog::TypeCodeGiven) ? ClassFromCode(channel.typeCode)
+                                                               : ClassFromUnit(ParseUnit(channel.uu));
+    phase = (channel.flags & CmtdChn_Analog::PhaseGiven) ? PhaseFromText(channel.ph) : int(PhaseUnknown);
+}
+
+QString bayName(const QString &ccbm, const QString &bay)
+{
+    if (ccbm.isEmpty())
+        return bay;
+    if (bay.isEmpty() || bay.compare(ccbm, Qt::CaseInsensitive) == 0)
+        return ccbm;
+    return ccbm + QLatin1Char(' ') + bay;
+}
+
+// Groups the AC channels that no unit uses into bays, in the order of their first channels.
+std::vector<Bay> collectBays(const CCmtd99File &file)
+{
+    const Habit habit = findHabit(file);
+    std::vector<Bay> bays;
+    for (const auto &channel : file.analogChannels) {
+        if (file.IsVirtualAnalog(*channel) || channel->index < 1 || usedByUnit(file, channel->index, false))
+            continue;
+        int chnClass = 0, phase = 0;
+        classAndPhase(file, *channel, chnClass, phase);
+        const QString label = file.Text(channel->ch_id).trimmed();
+        Role role = readRole(label, habit);
+        if (channel->flags & CmtdChn_Analog::PhaseGiven)
+            role.phase = PhaseFromText(channel->ph);
+        if (chnClass == ClassACV)
+            role.qty = QtyVoltage;
+        else if (chnClass == ClassACC)
+            role.qty = QtyCurrent;
+        else if (chnClass != ClassOther)
+            continue;
+        if (role.qty == QtyNone || role.phase < PhaseA || role.phase > PhaseNeutral)
+            continue;
+        const QByteArray ccbm = channel->ccbm.trimmed();
+        const QString ccbmText = file.Text(ccbm);
+        const QString key = ccbmText.toUpper() + QChar(0x1f) + role.bay.toUpper();
+        auto it = std::find_if(bays.begin(), bays.end(), [&](const Bay &b) { return b.key == key; });
+        if (it == bays.end()) {
+            Bay bay;
+            bay.key = key;
+            bay.name = bayName(ccbmText, role.bay);
+            bay.ccbm = ccbm;
+            QString rest = role.bay;
+            bay.side = takeSide(rest);
+            bay.trmName = bayName(ccbmText, rest);
+            bay.trmKey = ccbmText.toUpper() + QChar(0x1f) + rest.toUpper();
+            bays.push_back(std::move(bay));
+            it = bays.end() - 1;
+        }
+        place(*it, role.qty, role.phase - 1, channel->index, label);
+    }
+    return bays;
+}
+
+QByteArray encode(const CCmtd99File &file, const QString &text)
+{
+    if (!file.codecName.isEmpty() && file.codecName != "UTF-8")
+        if (QTextCodec *codec = QTextCodec::codecForName(file.codecName))
+            return codec->fromUnicode(text);
+    return text.toUtf8();
+}
+
+// Names are unique among the recording's units and the proposals already made.
+QByteArray uniqueName(const CCmtd99File &file, QString name, const char *fallback, QStringList &taken)
+{
+    static const QRegularExpression digitsOnly(QStringLiteral("^\\d+$"));
+    if (name.isEmpty() || digitsOnly.match(name).hasMatch())
+        name = (tr(fallback) + QLatin1Char(' ') + name).trimmed();
+    QString candidate = name;
+    for (int n = 2;
+         file.FindUnitByName(encode(file, candidate)) || taken.contains(candidate, Qt::CaseInsensitive); ++n)
+        candidate = name + QStringLiteral(" (%1)").arg(n);
+    taken.append(candidate);
+    return encode(file, candidate);
+}
+
+// Status channels go to the unit whose monitored component they share, else to the one whose
+// bay text their name holds (the longest such text).
+struct Owner
+{
+    QByteArray ccbm;
+    QString text;
+};
+
+void assignStatusChannels(const CCmtd99File &file, const std::vector<Owner> &owners,
+                          std::vector<UnitSuggestion> &out)
+{
+    static const QRegularExpression digitsOnly(QStringLiteral("^\\d+$"));
+    for (const auto &channel : file.statusChannels) {
+        if (channel->index < 1 || usedByUnit(file, channel->index, true))
+            continue;
+        const QByteArray ccbm = channel->ccbm.trimmed();
+        const QString name = file.Text(channel->ch_id).toUpper();
+        int best = -1;
+        qsizetype bestScore = 0;
+        for (size_t i = 0; i < owners.size(); ++i) {
+            qsizetype score = 0;
+            if (!ccbm.isEmpty() && ccbm.compare(owners[i].ccbm, Qt::CaseInsensitive) == 0)
+                score = 10000;
+            const QString text = owners[i].text.toUpper();
+            if (score == 0 && text.size() >= 2 && !digitsOnly.match(text).hasMatch() && name.contains(text))
+                score = text.size();
+            if (score > bestScore) {
+                bestScore = score;
+                best = int(i);
+            }
+        }
+        if (best >= 0) {
+            CmtdInfTrwk_Unit &unit = *out[size_t(best)].unit;
+            unit.statusChannels.push_back(uint16_t(channel->index));
+            unit.flags |= unit.kind == CmtdInfTrwk_Unit::KindLine
+                              ? uint32_t(CmtdInfTrwk_UnitLine::HasStatusChannels)
+                              : uint32_t(CmtdInfTrwk_UnitTrm::HasStatusChannels);
+        }
+    }
+}
+
+QString setText(const CCmtd99File &file, const ChannelSet &set)
+{
+    static const char *const places[] = {"A", "B", "C", "N"};
+    QStringList parts;
+    for (size_t slot = 0; slot < set.size(); ++slot) {
+        if (set[slot] <= 0)
+            continue;
+        const CmtdChn_Analog *channel = file.FindAnalogChannel(set[slot]);
+        parts.append(QStringLiteral("%1=%2").arg(QLatin1String(places[slot]),
+                                                 channel ? file.Text(channel->ch_id).trimmed()
+                                                         : QString::number(set[slot])));
+    }
+    return parts.join(QLatin1Char(' '));
+}
+
+QString setsText(const CCmtd99File &file, const std::vector<ChannelSet> &sets)
+{
+    QStringList parts;
+    for (const ChannelSet &set : sets)
+        parts.append(setText(file, set));
+    return parts.isEmpty() ? tr("none") : parts.join(QStringLiteral("; "));
+}
+
+UnitSuggestion makeLine(const CCmtd99File &file, const Bay &bay, const Bay *bus, QStringList &taken)
+{
+    auto line = std::make_unique<CmtdInfTrwk_UnitLine>();
+    line->name = uniqueName(file, bay.name, "Line", taken);
+    // The monitored component's own bytes, where the name is that component.
+    if (!bay.ccbm.isEmpty() && file.Text(line->name) == file.Text(bay.ccbm))
+        line->name = bay.ccbm;
+    line->objectType = "LINE";
+    line->flags = CmtdInfTrwk_Unit::HasName | CmtdInfTrwk_Unit::HasObjectType;
+    const std::vector<ChannelSet> &tv = bus ? bus->tv : bay.tv;
+    for (const ChannelSet &set : tv)
+        line->tvChns[size_t(line->tvCount++)] = set;
+    if (line->tvCount > 0)
+        line->flags |= CmtdInfTrwk_UnitLine::HasTvChns;
+    if (!bay.ta.empty()) {
+        line->taChns = bay.ta[0];
+        line->flags |= CmtdInfTrwk_UnitLine::HasTaChns;
+    }
+    if (bay.ta.size() > 1) {
+        line->taChns2 = bay.ta[1];
+        line->flags |= CmtdInfTrwk_UnitLine::HasTaChns2;
+    }
+    QString reason = tr("Line \"%1\" (%2): voltages %3; currents %4")
+                         .arg(file.Text(line->name),
+                              bay.ccbm.isEmpty() ? tr("by channel names") : tr("by monitored component"),
+                              setsText(file, tv), setsText(file, bay.ta));
+    if (bus)
+        reason += tr("; bus voltages of \"%1\"").arg(bus->name);
+    return UnitSuggestion{std::move(line), CmtdInfTrwk_Unit::KindLine, reason};
+}
+
+// Bays that share a transformer's name and name two or three winding sides.
+std::vector<std::array<const Bay *, 3>> findTransformers(std::vector<Bay> &bays)
+{
+    std::vector<std::array<const Bay *, 3>> found;
+    for (size_t i = 0; i < bays.size(); ++i) {
+        if (bays[i].side == SideNone || bays[i].consumed)
+            continue;
+        std::array<Bay *, 3> sides{};
+        for (size_t j = i; j < bays.size(); ++j)
+            if (bays[j].side != SideNone && !bays[j].consumed && bays[j].trmKey == bays[i].trmKey &&
+                !sides[size_t(bays[j].side)])
+                sides[size_t(bays[j].side)] = &bays[j];
+        const int count = (sides[0] ? 1 : 0) + (sides[1] ? 1 : 0) + (sides[2] ? 1 : 0);
+        if (count < 2)
+            continue;
+        for (Bay *side : sides)
+            if (side)
+                side->consumed = true;
+        found.push_back({sides[0], sides[1], sides[2]});
+    }
+    return found;
+}
+
+// Each side's first voltage set is its TV set, its first current set its differential
+// current set (H, M, L in the first three).
+UnitSuggestion makeTransformer(const CCmtd99File &file, const std::array<const Bay *, 3> &sides,
+                               QStringList &taken)
+{
+    auto trm = std::make_unique<CmtdInfTrwk_UnitTrm>();
+    const Bay &first = *(sides[0] ? sides[0] : sides[1]);
+    trm->name = uniqueName(file, first.trmName, "Transformer", taken);
+    trm->objectType = "MAIN";
+    trm->flags =
+        CmtdInfTrwk_Unit::HasName | CmtdInfTrwk_Unit::HasObjectType | CmtdInfTrwk_UnitTrm::HasWindingNum;
+    TrmSide *trmSides[] = {&trm->sideH, &trm->sideM, &trm->sideL};
+    ChannelSet *tvs[] = {&trm->hTv, &trm->mTv, &trm->lTv};
+    QStringList parts;
+    static const char *const sideNames[] = {"H", "M", "L"};
+    for (size_t s = 0; s < 3; ++s) {
+        if (!sides[s])
+            continue;
+        ++trm->windingNum;
+        if (!sides[s]->tv.empty()) {
+            *tvs[s] = sides[s]->tv[0];
+            trmSides[s]->flags |= TrmSide::HasTv;
+        }
+        if (!sides[s]->ta.empty()) {
+            trm->taId[s] = sides[s]->ta[0];
+            trm->flags |= CmtdInfTrwk_UnitTrm::HasTaId1 << s;
+        }
+        parts.append(tr("%1 \"%2\": voltages %3; currents %4")
+                         .arg(QLatin1String(sideNames[s]), sides[s]->name, setsText(file, sides[s]->tv),
+                              setsText(file, sides[s]->ta)));
+    }
+    const QString reason = tr("Transformer \"%1\" (winding sides in the names): %2")
+                               .arg(file.Text(trm->name), parts.join(QStringLiteral(" | ")));
+    return UnitSuggestion{std::move(trm), CmtdInfTrwk_Unit::KindTransformer, reason};
+}
+
+// A bay of voltages alone is a bus when it is the only one and other bays have currents
+// alone: the lines take its voltages.
+const Bay *findBus(const std::vector<Bay> &bays)
+{
+    const Bay *bus = nullptr;
+    bool currentsOnly = false;
+    for (const Bay &bay : bays) {
+        if (bay.consumed)
+            continue;
+        if (bay.ta.empty()) {
+            if (bus)
+                return nullptr;
+            bus = &bay;
+        } else if (bay.tv.empty()) {
+            currentsOnly = true;
+        }
+    }
+    return currentsOnly ? bus : nullptr;
+}
+
+} // namespace
+
+std::vector<UnitSuggestion> SuggestUnits(const CCmtd99File &file)
+{
+    std::vector<UnitSuggestion> out;
+    std::vector<Owner> owners;
+    QStringList taken;
+    std::vector<Bay> bays = collectBays(file);
+    for (const auto &sides : findTransformers(bays)) {
+        out.push_back(makeTransformer(file, sides, taken));
+        const Bay &first = *(sides[0] ? sides[0] : sides[1]);
+        owners.push_back(Owner{first.ccbm, first.trmName});
+    }
+    const Bay *bus = findBus(bays);
+    for (const Bay &bay : bays) {
+        if (bay.consumed || &bay == bus)
+            continue;
+        out.push_back(makeLine(file, bay, bus && bay.tv.empty() ? bus : nullptr, taken));
+        owners.push_back(Owner{bay.ccbm, bay.name});
+    }
+    assignStatusChannels(file, owners, out);
+    return out;
+}
