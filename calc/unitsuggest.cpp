@@ -85,97 +85,134 @@ Quantity quantityOfLetter(QChar letter)
 }
 
 // A token such as "UA", "Ia1", "3I0", "Uo", "VR", "I2" or "UAB" (line to line: phase 5).
-bool matchQuantityToken(const QString &token, Habit habit, Role &role)
+// Gives the length of the bay number behind it ("1" of "IA1"), or -1 when it is no such token.
+int matchQuantityToken(const QString &token, Habit habit, Role &role)
 {
-    static const QRegularExpression neutral(QStringLiteral("^3?([UVI])[0O]\\d*$"));
-    static const QRegularExpression lineToLine(QStringLiteral("^([UV])(AB|BC|CA|BA|CB|AC)\\d*$"));
-    static const QRegularExpression numbered(QStringLiteral("^([UVI])([123])$"));
-    static const QRegularExpression lettered(QStringLiteral("^([UVI])([A-Z])\\d*$"));
+    static const QRegularExpression neutral(QStringLiteral("^3?([UVI])[0O](\\d*)$"));
+    static const QRegularExpression lineToLine(QStringLiteral("^([UV])(AB|BC|CA|BA|CB|AC)(\\d*)$"));
+    static const QRegularExpression numbered(QStringLiteral("^([UVI])([123])()$"));
+    static const QRegularExpression lettered(QStringLiteral("^([UVI])([A-Z])(\\d*)$"));
     QRegularExpressionMatch m = neutral.match(token);
     if (m.hasMatch()) {
         role.qty = quantityOfLetter(m.captured(1).at(0));
         role.phase = PhaseNeutral;
-        return true;
+        return int(m.capturedLength(2));
     }
     m = lineToLine.match(token);
     if (m.hasMatch()) {
         role.qty = QtyVoltage;
         role.phase = PhaseLine;
-        return true;
+        return int(m.capturedLength(3));
     }
     m = numbered.match(token);
     if (m.hasMatch()) {
         role.qty = quantityOfLetter(m.captured(1).at(0));
         role.phase = m.captured(2).toInt();
-        return true;
+        return 0;
     }
     m = lettered.match(token);
     if (m.hasMatch()) {
         const int phase = phaseOfLetter(m.captured(2).at(0), habit);
         if (phase == 0)
-            return false;
+            return -1;
         role.qty = quantityOfLetter(m.captured(1).at(0));
         role.phase = phase;
-        return true;
+        return int(m.capturedLength(3));
     }
-    return false;
+    return -1;
 }
 
+// A run of Latin letters and digits. `glued` when a letter of another alphabet touches it
+// (Cyrillic "Uик"), except Chinese, which recorders write straight against "Ia".
 struct Token
 {
     int start;
     int length;
     QString text; // upper case
+    bool glued;
 };
+
+bool isAsciiWordChar(QChar c)
+{
+    return c.unicode() < 128 && c.isLetterOrNumber();
+}
+
+bool gluesTo(const QString &text, int at)
+{
+    if (at < 0 || at >= text.size())
+        return false;
+    const QChar c = text.at(at);
+    return c.isLetter() && c.unicode() >= 128 && c.script() != QChar::Script_Han;
+}
 
 QList<Token> asciiTokens(const QString &upper)
 {
     QList<Token> tokens;
     int i = 0;
     while (i < upper.size()) {
-        if (upper.at(i).unicode() < 128 && upper.at(i).isLetterOrNumber()) {
-            int j = i;
-            while (j < upper.size() && upper.at(j).unicode() < 128 && upper.at(j).isLetterOrNumber())
-                ++j;
-            tokens.append(Token{i, j - i, upper.mid(i, j - i)});
-            i = j;
-        } else {
+        if (!isAsciiWordChar(upper.at(i))) {
             ++i;
+            continue;
         }
+        int j = i;
+        while (j < upper.size() && isAsciiWordChar(upper.at(j)))
+            ++j;
+        tokens.append(Token{i, j - i, upper.mid(i, j - i), gluesTo(upper, i - 1) || gluesTo(upper, j)});
+        i = j;
     }
     return tokens;
 }
 
-// Blanks a span of the name; the trailing digits of a token such as "IA1" stay, for they
-// number the bay.
-void blank(QString &text, const Token &token, bool keepTrailingDigits)
+// Blanks a span of the name but its last `keep` characters (the bay number of "IA1").
+void blank(QString &text, const Token &token, int keep = 0)
 {
-    int end = token.start + token.length;
-    if (keepTrailingDigits)
-        while (end > token.start && text.at(end - 1).isDigit())
-            --end;
+    const int end = token.start + token.length - keep;
     for (int i = token.start; i < end; ++i)
         text[i] = QLatin1Char(' ');
-    if (end < token.start + token.length && token.start > 0)
-        text.insert(token.start, QLatin1Char(' '));
 }
 
-// A quantity-and-phase token ("Ia", "3U0", or "1Ia" glued to a bay number), last one first.
+// Cyrillic capitals that recorders use for the Latin phase letters ("Iв", "3Iо").
+QString foldPhaseLetters(QString upper)
+{
+    static const struct
+    {
+        char16_t from;
+        char to;
+    } folds[] = {{u'\u0410', 'A'}, {u'\u0412', 'B'}, {u'\u0421', 'C'}, {u'\u041E', 'O'}};
+    for (QChar &c : upper)
+        for (const auto &f : folds)
+            if (c.unicode() == f.from)
+                c = QLatin1Char(f.to);
+    return upper;
+}
+
+// A quantity-and-phase token ("Ia", "3U0", or "1Ia" glued to a bay number), last one first;
+// the "-g" or "-n" of a phase-to-ground voltage ("Va-g") goes with it.
 bool takeQuantityToken(QString &text, const QList<Token> &tokens, Habit habit, Role &role)
 {
     static const QRegularExpression leadingDigits(QStringLiteral("^(\\d+)([UVI].*)$"));
     for (qsizetype t = tokens.size() - 1; t >= 0; --t) {
         const Token &token = tokens.at(t);
-        if (matchQuantityToken(token.text, habit, role)) {
-            blank(text, token, role.phase != PhaseNeutral || !token.text.endsWith(QLatin1Char('0')));
-            return true;
+        if (token.glued && token.length < 2)
+            continue;
+        int keep = matchQuantityToken(token.text, habit, role);
+        Token taken = token;
+        if (keep < 0) {
+            const QRegularExpressionMatch m = leadingDigits.match(token.text);
+            if (!m.hasMatch() || (keep = matchQuantityToken(m.captured(2), habit, role)) < 0)
+                continue;
+            const int digits = int(m.capturedLength(1));
+            taken = Token{token.start + digits, token.length - digits, m.captured(2), token.glued};
         }
-        const QRegularExpressionMatch m = leadingDigits.match(token.text);
-        if (m.hasMatch() && matchQuantityToken(m.captured(2), habit, role)) {
-            const int digits = int(m.captured(1).size());
-            blank(text, Token{token.start + digits, token.length - digits, m.captured(2)}, true);
-            return true;
+        blank(text, taken, keep);
+        if (t + 1 < tokens.size() && keep == 0) {
+            const Token &next = tokens.at(t + 1);
+            if ((next.text == QLatin1String("G") || next.text == QLatin1String("N")) &&
+                next.start == token.start + token.length + 1 &&
+                text.at(token.start + token.length) == QLatin1Char('-'))
+                blank(text, Token{next.start - 1, next.length + 1, next.text, false});
         }
+        return true;
     }
     return false;
 }
@@ -196,6 +233,8 @@ void takeWords(QString &text, const QList<Token> &tokens, Habit habit, Role &rol
         {QStringLiteral("CURRENT"), QtyCurrent}};
     for (qsizetype t = tokens.size() - 1; t >= 0; --t) {
         const Token &token = tokens.at(t);
+        if (token.glued)
+            continue;
         if (role.phase == PhaseUnknown) {
             const auto word = phaseWords.find(token.text);
             const int phase = word != phaseWords.end() ? word->second
@@ -203,16 +242,16 @@ void takeWords(QString &text, const QList<Token> &tokens, Habit habit, Role &rol
                                                        : 0;
             if (phase != 0) {
                 role.phase = phase;
-                blank(text, token, false);
+                blank(text, token);
                 continue;
             }
         }
         const auto quantity = quantityWords.find(token.text);
         if (quantity != quantityWords.end() && role.qty == QtyNone) {
             role.qty = quantity->second;
-            blank(text, token, false);
+            blank(text, token);
         } else if (token.text == QLatin1String("PH") || token.text == QLatin1String("PHASE")) {
-            blank(text, token, false);
+            blank(text, token);
         }
     }
 }
@@ -249,7 +288,7 @@ Role readRole(const QString &name, Habit habit)
     const QString upper = name.toUpper();
     if (upper.size() != text.size())
         text = upper; // a case mapping that changes the length: work on the upper-case text
-    const QList<Token> tokens = asciiTokens(upper);
+    const QList<Token> tokens = asciiTokens(foldPhaseLetters(upper));
     if (!takeQuantityToken(text, tokens, habit, role))
         takeWords(text, tokens, habit, role);
     takeChineseWords(text, role);
@@ -264,7 +303,7 @@ Habit findHabit(const CCmtd99File &file)
     static const QRegularExpression rstToken(QStringLiteral("^([UVI][ST]\\d*|S|T)$"));
     int ryb = 0, rst = 0;
     for (const auto &channel : file.analogChannels) {
-        for (const Token &token : asciiTokens(file.Text(channel->ch_id).toUpper())) {
+        for (const Token &token : asciiTokens(foldPhaseLetters(file.Text(channel->ch_id).toUpper()))) {
             ryb += rybToken.match(token.text).hasMatch() ? 1 : 0;
             rst += rstToken.match(token.text).hasMatch() ? 1 : 0;
         }
@@ -363,13 +402,35 @@ void classAndPhase(const CCmtd99File &file, const CmtdChn_Analog &channel, int &
     phase = (channel.flags & CmtdChn_Analog::PhaseGiven) ? PhaseFromText(channel.ph) : int(PhaseUnknown);
 }
 
-QString bayName(const QString &ccbm, const QString &bay)
+// Where a channel belongs: its monitored component when it has one (split by a winding side
+// that its name gives), else its name without the phase and quantity.
+Bay describeBay(const QByteArray &ccbm, const QString &ccbmText, const QString &nameBay)
 {
-    if (ccbm.isEmpty())
+    static const QChar separator(0x1f);
+    Bay bay;
+    bay.ccbm = ccbm;
+    QString rest = nameBay;
+    bay.side = takeSide(rest);
+    if (ccbm.isEmpty()) {
+        bay.key = nameBay.toUpper();
+        bay.name = nameBay;
+        bay.trmKey = rest.toUpper();
+        bay.trmName = rest;
         return bay;
-    if (bay.isEmpty() || bay.compare(ccbm, Qt::CaseInsensitive) == 0)
-        return ccbm;
-    return ccbm + QLatin1Char(' ') + bay;
+    }
+    bay.name = ccbmText;
+    if (bay.side != SideNone) {
+        bay.key = ccbmText.toUpper() + separator + QString::number(bay.side);
+        bay.trmKey = ccbmText.toUpper();
+        bay.trmName = ccbmText;
+        return bay;
+    }
+    bay.key = ccbmText.toUpper();
+    QString component = ccbmText;
+    bay.side = takeSide(component);
+    bay.trmKey = component.toUpper();
+    bay.trmName = component;
+    return bay;
 }
 
 // Groups the AC channels that no unit uses into bays, in the order of their first channels.
@@ -396,18 +457,10 @@ std::vector<Bay> collectBays(const CCmtd99File &file)
             continue;
         const QByteArray ccbm = channel->ccbm.trimmed();
         const QString ccbmText = file.Text(ccbm);
-        const QString key = ccbmText.toUpper() + QChar(0x1f) + role.bay.toUpper();
-        auto it = std::find_if(bays.begin(), bays.end(), [&](const Bay &b) { return b.key == key; });
+        Bay found = describeBay(ccbm, ccbmText, role.bay);
+        auto it = std::find_if(bays.begin(), bays.end(), [&](const Bay &b) { return b.key == found.key; });
         if (it == bays.end()) {
-            Bay bay;
-            bay.key = key;
-            bay.name = bayName(ccbmText, role.bay);
-            bay.ccbm = ccbm;
-            QString rest = role.bay;
-            bay.side = takeSide(rest);
-            bay.trmName = bayName(ccbmText, rest);
-            bay.trmKey = ccbmText.toUpper() + QChar(0x1f) + rest.toUpper();
-            bays.push_back(std::move(bay));
+            bays.push_back(std::move(found));
             it = bays.end() - 1;
         }
         place(*it, role.qty, role.phase - 1, channel->index, label);
