@@ -90,7 +90,7 @@ int matchQuantityToken(const QString &token, Habit habit, Role &role)
 {
     static const QRegularExpression neutral(QStringLiteral("^3?([UVI])[0O](\\d*)$"));
     static const QRegularExpression lineToLine(QStringLiteral("^([UV])(AB|BC|CA|BA|CB|AC)(\\d*)$"));
-    static const QRegularExpression numbered(QStringLiteral("^([UVI])([123])()$"));
+    static const QRegularExpression numbered(QStringLiteral("^([UVI])L?([123])()$"));
     static const QRegularExpression lettered(QStringLiteral("^([UVI])([A-Z])(\\d*)$"));
     QRegularExpressionMatch m = neutral.match(token);
     if (m.hasMatch()) {
@@ -224,7 +224,10 @@ void takeWords(QString &text, const QList<Token> &tokens, Habit habit, Role &rol
                                                       {QStringLiteral("YELLOW"), PhaseB},
                                                       {QStringLiteral("WHITE"), PhaseB},
                                                       {QStringLiteral("BLUE"), PhaseC},
-                                                      {QStringLiteral("NEUTRAL"), PhaseNeutral}};
+                                                      {QStringLiteral("NEUTRAL"), PhaseNeutral},
+                                                      {QStringLiteral("L1"), PhaseA},
+                                                      {QStringLiteral("L2"), PhaseB},
+                                                      {QStringLiteral("L3"), PhaseC}};
     static const std::map<QString, Quantity> quantityWords = {
         {QStringLiteral("V"), QtyVoltage},       {QStringLiteral("U"), QtyVoltage},
         {QStringLiteral("VOLT"), QtyVoltage},    {QStringLiteral("VOLTS"), QtyVoltage},
@@ -276,12 +279,35 @@ void takeChineseWords(QString &text, Role &role)
 
 QString tidyBay(QString text)
 {
+    static const QRegularExpression parenthesised(QStringLiteral("\\([^)]*\\)"));
     static const QRegularExpression separators(QStringLiteral("[_\\-:./()\\[\\]#,;]+"));
+    text.replace(parenthesised, QStringLiteral(" "));
     text.replace(separators, QStringLiteral(" "));
     return text.simplified();
 }
 
-Role readRole(const QString &name, Habit habit)
+// Where the phase field gave the phase and no token names it, the "IA" inside a longer name
+// ("IAW", "SDIA") is still the phase and quantity, and the rest names the bay.
+void takePhaseInside(QString &text, const QList<Token> &tokens, int givenPhase, Role &role)
+{
+    static const char letters[] = {0, 'A', 'B', 'C', 'N'};
+    if (givenPhase < PhaseA || givenPhase > PhaseNeutral)
+        return;
+    for (const Token &token : tokens) {
+        for (const char quantity : {'U', 'V', 'I'}) {
+            const int at =
+                int(token.text.indexOf(QString(QLatin1Char(quantity)) + QLatin1Char(letters[givenPhase])));
+            if (at < 0)
+                continue;
+            role.qty = role.qty == QtyNone ? quantityOfLetter(QLatin1Char(quantity)) : role.qty;
+            blank(text, Token{token.start + at, 2, QString(), false});
+            return;
+        }
+    }
+}
+
+// `givenPhase`: the phase of the channel's phase field, 0 where it has none.
+Role readRole(const QString &name, Habit habit, int givenPhase)
 {
     Role role;
     QString text = name;
@@ -289,11 +315,24 @@ Role readRole(const QString &name, Habit habit)
     if (upper.size() != text.size())
         text = upper; // a case mapping that changes the length: work on the upper-case text
     const QList<Token> tokens = asciiTokens(foldPhaseLetters(upper));
-    if (!takeQuantityToken(text, tokens, habit, role))
+    if (!takeQuantityToken(text, tokens, habit, role)) {
         takeWords(text, tokens, habit, role);
+        if (role.phase == PhaseUnknown)
+            takePhaseInside(text, tokens, givenPhase, role);
+    }
     takeChineseWords(text, role);
     role.bay = tidyBay(text);
+    if (givenPhase != PhaseUnknown)
+        role.phase = givenPhase;
     return role;
+}
+
+// Direct-current channels measured in V or A ("直流", "DC") belong to no line.
+bool isDirectCurrent(const QString &name)
+{
+    static const QRegularExpression dc(QStringLiteral("(直流|\\bDC\\b)"),
+                                       QRegularExpression::CaseInsensitiveOption);
+    return dc.match(name).hasMatch();
 }
 
 // The habit of the whole recording, from the names of its AC channels.
@@ -418,16 +457,14 @@ Bay describeBay(const QByteArray &ccbm, const QString &ccbmText, const QString &
         bay.trmName = rest;
         return bay;
     }
-    bay.name = ccbmText;
-    if (bay.side != SideNone) {
-        bay.key = ccbmText.toUpper() + separator + QString::number(bay.side);
-        bay.trmKey = ccbmText.toUpper();
-        bay.trmName = ccbmText;
-        return bay;
-    }
-    bay.key = ccbmText.toUpper();
+    // "1号主变高压侧电流" and "1号主变低压侧电流" are the two sides of "1号主变".
     QString component = ccbmText;
-    bay.side = takeSide(component);
+    const int componentSide = takeSide(component);
+    component = tidyBay(component.remove(QStringLiteral("电流")).remove(QStringLiteral("电压")));
+    if (bay.side == SideNone)
+        bay.side = componentSide;
+    bay.name = ccbmText;
+    bay.key = ccbmText.toUpper() + separator + QString::number(bay.side);
     bay.trmKey = component.toUpper();
     bay.trmName = component;
     return bay;
@@ -444,16 +481,18 @@ std::vector<Bay> collectBays(const CCmtd99File &file)
         int chnClass = 0, phase = 0;
         classAndPhase(file, *channel, chnClass, phase);
         const QString label = file.Text(channel->ch_id).trimmed();
-        Role role = readRole(label, habit);
-        if (channel->flags & CmtdChn_Analog::PhaseGiven)
-            role.phase = PhaseFromText(channel->ph);
+        if (isDirectCurrent(label))
+            continue;
+        const Role role = readRole(
+            label, habit, (channel->flags & CmtdChn_Analog::PhaseGiven) ? PhaseFromText(channel->ph) : 0);
+        Quantity qty = role.qty;
         if (chnClass == ClassACV)
-            role.qty = QtyVoltage;
+            qty = QtyVoltage;
         else if (chnClass == ClassACC)
-            role.qty = QtyCurrent;
+            qty = QtyCurrent;
         else if (chnClass != ClassOther)
             continue;
-        if (role.qty == QtyNone || role.phase < PhaseA || role.phase > PhaseNeutral)
+        if (qty == QtyNone || role.phase < PhaseA || role.phase > PhaseNeutral)
             continue;
         const QByteArray ccbm = channel->ccbm.trimmed();
         const QString ccbmText = file.Text(ccbm);
@@ -463,7 +502,7 @@ std::vector<Bay> collectBays(const CCmtd99File &file)
             bays.push_back(std::move(found));
             it = bays.end() - 1;
         }
-        place(*it, role.qty, role.phase - 1, channel->index, label);
+        place(*it, qty, role.phase - 1, channel->index, label);
     }
     return bays;
 }
@@ -654,6 +693,9 @@ const Bay *findBus(const std::vector<Bay> &bays)
         if (bay.consumed)
             continue;
         if (bay.ta.empty()) {
+            const ChannelSet &v = bay.tv.front();
+            if (v[0] == 0 || v[1] == 0 || v[2] == 0)
+                continue; // "Ux" alone, or a neutral voltage: no bus
             if (bus)
                 return nullptr;
             bus = &bay;

@@ -267,6 +267,69 @@ TEST_F(UnitSuggest, TwoWindingSidesMakeATransformer)
     EXPECT_EQ(line(s[2]).taChns, (ChannelSet{19, 0, 0, 0}));
 }
 
+TEST_F(UnitSuggest, OtherNamingHabits)
+{
+    // IEC phase names L1, L2, L3; line voltages without currents are the bus of the line.
+    load({{"LINE_UL1", "V"},
+          {"LINE_UL2", "V"},
+          {"LINE_UL3", "V"},
+          {"LINE_A_IL1", "A"},
+          {"LINE_A_IL2", "A"},
+          {"LINE_A_IL3", "A"},
+          {"LINE_A_IN", "A"}});
+    std::vector<UnitSuggestion> s = SuggestUnits(*file);
+    ASSERT_EQ(s.size(), 1u);
+    EXPECT_EQ(line(s[0]).name, QByteArray("LINE A"));
+    EXPECT_EQ(line(s[0]).tvChns[0], (ChannelSet{1, 2, 3, 0}));
+    EXPECT_EQ(line(s[0]).taChns, (ChannelSet{4, 5, 6, 7}));
+
+    // The phase field names the phase; "IA" inside the name goes, the rest ("W", "Y") is the
+    // bay, and "Y", the one bay of three phase voltages alone, is the bus of "W". A unit in
+    // brackets is no bay; direct-current channels belong to no line.
+    load({{"IAW", "A", "", "A"},
+          {"IBW", "A", "", "B"},
+          {"ICW", "A", "", "C"},
+          {"VAY", "kV", "", "A"},
+          {"VBY", "kV", "", "B"},
+          {"VCY", "kV", "", "C"},
+          {"VA(kV)", "kV"},
+          {"直流1+", "V", "", "A"}});
+    s = SuggestUnits(*file);
+    ASSERT_EQ(s.size(), 2u);
+    EXPECT_EQ(line(s[0]).name, QByteArray("W"));
+    EXPECT_EQ(line(s[0]).taChns, (ChannelSet{1, 2, 3, 0}));
+    EXPECT_EQ(line(s[0]).tvChns[0], (ChannelSet{4, 5, 6, 0}));
+    EXPECT_EQ(line(s[1]).name, QByteArray("Line"));
+    EXPECT_EQ(line(s[1]).tvChns[0], (ChannelSet{7, 0, 0, 0}));
+    EXPECT_FALSE(line(s[0]).UsesAnalogChannel(8) || line(s[1]).UsesAnalogChannel(8));
+
+    // A lone "Ux" is no bus.
+    load({{"Ux", "V", "", "N"}, {"Ia2", "A"}, {"Ib2", "A"}});
+    s = SuggestUnits(*file);
+    ASSERT_EQ(s.size(), 2u);
+    EXPECT_EQ(line(s[0]).tvChns[0], (ChannelSet{0, 0, 0, 1}));
+    EXPECT_EQ(line(s[1]).name, QByteArray("Line 2"));
+    EXPECT_EQ(line(s[1]).tvCount, 0);
+}
+
+TEST_F(UnitSuggest, WindingSidesInTheMonitoredComponent)
+{
+    load({{"Ia", "A", "1号主变高压侧电流"},
+          {"Ib", "A", "1号主变高压侧电流"},
+          {"Ic", "A", "1号主变高压侧电流"},
+          {"Ia", "A", "1号主变低压侧电流"},
+          {"Ib", "A", "1号主变低压侧电流"},
+          {"Ic", "A", "1号主变低压侧电流"}});
+    const std::vector<UnitSuggestion> s = SuggestUnits(*file);
+    ASSERT_EQ(s.size(), 1u);
+    ASSERT_EQ(s[0].kind, CmtdInfTrwk_Unit::KindTransformer);
+    const auto &t = static_cast<const CmtdInfTrwk_UnitTrm &>(*s[0].unit);
+    EXPECT_EQ(QString::fromUtf8(t.name), QStringLiteral("1号主变"));
+    EXPECT_EQ(t.taId[0], (ChannelSet{1, 2, 3, 0}));
+    EXPECT_EQ(t.taId[1], (ChannelSet{}));
+    EXPECT_EQ(t.taId[2], (ChannelSet{4, 5, 6, 0}));
+}
+
 TEST_F(UnitSuggest, ChannelsOfExistingUnitsAreNotProposedAgain)
 {
     load({{"UA1", "V"}, {"UB1", "V"}, {"UC1", "V"}, {"IA1", "A"}, {"IA2", "A"}, {"IB2", "A"}},
@@ -319,8 +382,9 @@ TEST(FieldRecordings, SuggestUnitsOnEveryRecording)
             EXPECT_FALSE(one.unit->name.isEmpty());
             EXPECT_FALSE(one.reason.isEmpty());
             for (int index = 1; index < 2000; ++index) {
-                if (!indexes.count(index))
+                if (!indexes.count(index)) {
                     EXPECT_FALSE(one.unit->UsesAnalogChannel(uint16_t(index))) << index;
+                }
             }
         }
         std::printf("%s: %zu proposal(s)\n", qPrintable(QDir(root).relativeFilePath(path)), s.size());
