@@ -6,6 +6,7 @@
 #include "phasorsverb.h"
 #include "samplesverb.h"
 #include "saveinfverb.h"
+#include "unitsverb.h"
 
 #include <QCoreApplication>
 
@@ -31,7 +32,10 @@ void printUsage(FILE *out)
                  "          [--progress]\n"
                  "      write an exact copy of the recording under a new name ending in .cfg or .cff\n"
                  "  save-inf PATH OUT.inf\n"
-                 "      write the recording's extension file alone\n");
+                 "      write the recording's extension file alone\n"
+                 "  units --json PATH [--suggest]\n"
+                 "      the primary device units as stored; with --suggest also those proposed from the\n"
+                 "      channel names and monitored components, with the reason for each\n");
 }
 
 } // namespace
@@ -54,6 +58,8 @@ int main(int argc, char **argv)
         return RunConvert(argc - 2, argv + 2);
     if (std::strcmp(verb, "save-inf") == 0)
         return RunSaveInf(argc - 2, argv + 2);
+    if (std::strcmp(verb, "units") == 0)
+        return RunUnits(argc - 2, argv + 2);
     if (std::strcmp(verb, "--help") == 0 || std::strcmp(verb, "help") == 0) {
         printUsage(stdout);
         return 0;
