@@ -679,6 +679,34 @@ bool CCmtdChildFrame::importSettings(const QString &path)
     return true;
 }
 
+void CCmtdChildFrame::slot_FileGroupsSave()
+{
+    const QString chosen = QFileDialog::getSaveFileName(this, QString(), QFileInfo(m_fileName).absolutePath(),
+                                                        tr("Channel Groups File(*.tcgp)"));
+    if (!chosen.isEmpty())
+        saveChannelGroups(PathWithExtension(chosen, {"tcgp"}));
+}
+
+bool CCmtdChildFrame::saveChannelGroups(const QString &path)
+{
+    // The Channels_Group sections alone, in the section format of the extension file.
+    CTextOutput out;
+    QString error;
+    if (!m_file.WriteInfSections(out, InfChannelsGroup) || !WriteFileSafely(path, out.bytes(), &error)) {
+        QMessageBox::warning(this, QString(), error.isEmpty() ? tr("Failed to write %1").arg(path) : error);
+        return false;
+    }
+    return true;
+}
+
+void CCmtdChildFrame::slot_FileGroupsOpen()
+{
+    const QString chosen = QFileDialog::getOpenFileName(this, QString(), QFileInfo(m_fileName).absolutePath(),
+                                                        tr("Channel Groups File(*.tcgp)"));
+    if (!chosen.isEmpty())
+        importSettings(chosen);
+}
+
 void CCmtdChildFrame::slot_FileSaveAs()
 {
     const QString chosen =

@@ -46,6 +46,8 @@ public:
     // the recording (a read fills only what is still open).
     bool exportSettings(const QString &path);
     bool importSettings(const QString &path);
+    // Channel-group files (".tcgp"): the Channels_Group sections alone; opened like settings.
+    bool saveChannelGroups(const QString &path);
     // "[All Device]" and one entry per plant unit; the chosen entry stays where it still
     // exists. After a load, and after the units changed (a settings import, the setup).
     void refillUnitSelector();
@@ -131,6 +133,8 @@ private:
     void slot_FileSaveAs();
     void slot_FileInfExp();
     void slot_FileInfImp();
+    void slot_FileGroupsSave();
+    void slot_FileGroupsOpen();
     void slot_WaveShowValPri();
     void slot_WaveShowValRms();
     void slot_WaveShowValHm1();

@@ -105,6 +105,8 @@ const ActionDef kActions[CCmtdChildFrame::ActionCount] = {
     {QT_TR_NOOP("Vert Zoom Reset"), "BtnZoomVertReset", false},
     {QT_TR_NOOP("Cancel Background Service"), "BtnStop", false},
     {QT_TR_NOOP("Envelope Drawing"), "BtnEnvelope", true},
+    {QT_TR_NOOP("Save Channel Groups..."), "FileInfExp", false},
+    {QT_TR_NOOP("Open Channel Groups..."), "FileInfImp", false},
 };
 
 } // namespace
@@ -129,6 +131,8 @@ void CCmtdChildFrame::createActions()
         {ActFileSaveAs, &CCmtdChildFrame::slot_FileSaveAs},
         {ActFileInfExp, &CCmtdChildFrame::slot_FileInfExp},
         {ActFileInfImp, &CCmtdChildFrame::slot_FileInfImp},
+        {ActFileGroupsSave, &CCmtdChildFrame::slot_FileGroupsSave},
+        {ActFileGroupsOpen, &CCmtdChildFrame::slot_FileGroupsOpen},
         {ActValPri, &CCmtdChildFrame::slot_WaveShowValPri},
         {ActValRms, &CCmtdChildFrame::slot_WaveShowValRms},
         {ActValHm1, &CCmtdChildFrame::slot_WaveShowValHm1},
@@ -210,6 +214,8 @@ void CCmtdChildFrame::buildMenus(QMenuBar *bar, const FileMenuAnchors &anchors)
         file->insertAction(anchors.combin, m_actions[ActFileCut]);
     file->insertAction(anchors.infMap, m_actions[ActFileInfExp]);
     file->insertAction(anchors.infMap, m_actions[ActFileInfImp]);
+    file->insertAction(anchors.infMap, m_actions[ActFileGroupsSave]);
+    file->insertAction(anchors.infMap, m_actions[ActFileGroupsOpen]);
     if (data) {
         file->insertSeparator(anchors.afterInfMap);
         file->insertAction(anchors.afterInfMap, m_actions[ActFilePntSel]);

@@ -129,6 +129,8 @@ public:
         ActZoomVertReset,
         ActServerStop,
         ActEnvelope,
+        ActFileGroupsSave,
+        ActFileGroupsOpen,
         ActionCount
     };
 

@@ -317,6 +317,36 @@ private Q_SLOTS:
         QCOMPARE(again.analogChannels[0]->alias, QByteArray("Feeder Ua"));
     }
 
+    void channelGroupFilesTravelBetweenRecordings()
+    {
+        QTemporaryDir dir;
+        CCmtdChildFrame *frame = open(writeRecording(dir, "groups", 300, 3, 2));
+        QVERIFY(frame && waitIdle(frame));
+        auto group = std::make_unique<CmtdInfTrwk_Unit>();
+        group->name = "Spare set";
+        group->otherAnalog = {1, 3};
+        group->statusChannels = {2};
+        frame->recordingForJob().groupUnits.push_back(std::move(group));
+        auto line = std::make_unique<CmtdInfTrwk_UnitLine>();
+        line->name = "Not a group";
+        frame->recordingForJob().lineUnits.push_back(std::move(line));
+        const QString path = dir.filePath(QStringLiteral("set.tcgp"));
+        QVERIFY(frame->saveChannelGroups(path));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray text = file.readAll();
+        QVERIFY(text.contains("[TRWK Channels_Group_#1]"));
+        QVERIFY(!text.contains("Line_#")); // the groups alone
+        CCmtdChildFrame *other = open(writeRecording(dir, "receiver", 300, 3, 2));
+        QVERIFY(other && waitIdle(other));
+        QVERIFY(other->importSettings(path));
+        QCOMPARE(int(other->recording().groupUnits.size()), 1);
+        QCOMPARE(other->recording().groupUnits[0]->otherAnalog, (std::vector<uint16_t>{1, 3}));
+        QCOMPARE(other->recording().groupUnits[0]->statusChannels, (std::vector<uint16_t>{2}));
+        QVERIFY(other->recording().lineUnits.empty());
+        other->setModified(false);
+    }
+
     void encodingPickerReadsTheNamesAgain()
     {
         QTemporaryDir dir;
