@@ -662,10 +662,7 @@ bool CCmtdChildFrame::importSettings(const QString &path)
 {
     // A second read into the recording: only what is still open is filled.
     const int result = m_file.LoadInf(QFile::encodeName(path).constData());
-    for (const auto &map : m_file.analogMaps)
-        map->plantUnit = map->config ? m_file.FindUnitByName(map->config->ccbm.trimmed()) : nullptr;
-    for (const auto &map : m_file.statusMaps)
-        map->plantUnit = map->config ? m_file.FindUnitByName(map->config->ccbm.trimmed()) : nullptr;
+    m_file.LinkStoresToUnits();
     m_cfgContainer->showRecording(m_file);
     refillUnitSelector();
     Q_EMIT menusChanged(this);

@@ -13,6 +13,7 @@
 class QIODevice;
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -167,6 +168,11 @@ public:
     // Takes a unit from the list of its kind and deletes it; false if it is not there.
     bool RemoveUnit(CmtdInfTrwk_Unit *unit);
     bool HasUnit(const CmtdInfTrwk_Unit *unit) const;
+    // The first unit that `match` takes, in the order of the look-ups above.
+    CmtdInfTrwk_Unit *FindUnit(const std::function<bool(const CmtdInfTrwk_Unit &)> &match) const;
+    // Each channel store keeps the unit its monitored component names (after a load, and after
+    // units came or went).
+    void LinkStoresToUnits();
     // A message of the extension-file readers, with the line it concerns.
     void AddInfMessage(int32_t line, const QByteArray &text);
     LoadMessageList cfgMessages;

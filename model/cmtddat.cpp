@@ -876,7 +876,6 @@ bool CCmtd99File::BuildStores(int capacity)
             AddDatMessage(CmtdMessage("Memory is not enough to load [DAT] file!"));
             return false;
         }
-        map->plantUnit = FindUnitByName(channel->ccbm.trimmed());
         analogMaps.push_back(std::move(map));
     }
     for (const auto &channel : statusChannels) {
@@ -885,9 +884,9 @@ bool CCmtd99File::BuildStores(int capacity)
             AddDatMessage(CmtdMessage("Memory is not enough to load [DAT] file!"));
             return false;
         }
-        map->plantUnit = FindUnitByName(channel->ccbm.trimmed());
         statusMaps.push_back(std::move(map));
     }
+    LinkStoresToUnits();
     return true;
 }
 

@@ -457,35 +457,55 @@ int CCmtd99File::readInfFileDescription(const InfKeyLines &keys)
     return ReadDone;
 }
 
+namespace {
+
+// The channel a "Public Analog_Channel_#n" or "Status_Channel_#n" section describes: the one
+// of the ".cfg" below version 2, a new one from version 2 on (where the extension file stands
+// in for the ".cfg"). Null with `result` set and a message when there is none to take.
+template <typename Channel>
+Channel *channelOfSection(CCmtd99File &file, Channel *existing, std::vector<std::unique_ptr<Channel>> &list,
+                          int number, const char *missing, const char *overlapped, int &result)
+{
+    const bool usable = number > 0 && number < INT16_MAX;
+    result = CCmtd99File::ReadRefused;
+    if (file.infVersion < 2 || !usable) {
+        if (!existing || !usable) {
+            file.AddInfMessage(file.cursor.line, CmtdMessage(missing, number));
+            return nullptr;
+        }
+        return existing;
+    }
+    if (existing) {
+        file.AddInfMessage(file.cursor.line, CmtdMessage(overlapped, number));
+        return nullptr;
+    }
+    auto made = std::unique_ptr<Channel>(new (std::nothrow) Channel);
+    if (!made) {
+        // The wording is that of the status channel, for both kinds.
+        file.AddInfMessage(file.cursor.line,
+                           CmtdMessage("Failed to alloc memory for status channel [idx_cfg=%d]!", number));
+        result = CCmtd99File::ReadNoMemory;
+        return nullptr;
+    }
+    made->Reset(number);
+    list.push_back(std::move(made));
+    return list.back().get();
+}
+
+} // namespace
+
 int CCmtd99File::readInfAnalogChannel(int number, const InfKeyLines &keys)
 {
-    CmtdChn_Analog *channel = FindAnalogChannel(number);
-    const bool usable = number > 0 && number < INT16_MAX;
-    if (infVersion < 2 || !usable) {
-        if (!channel || !usable) {
-            AddInfMessage(cursor.line,
-                          CmtdMessage("No [idx_cfg=%d] of the analog channel in [.cfg] file!", number));
-            return ReadRefused;
-        }
-    } else if (channel) {
-        AddInfMessage(cursor.line,
-                      CmtdMessage("The index [idx_cfg=%d] of analog channel overlaped!", number));
-        return ReadRefused;
-    } else {
-        auto made = std::unique_ptr<CmtdChn_Analog>(new (std::nothrow) CmtdChn_Analog);
-        if (!made) {
-            // The wording is that of the status channel, for both kinds.
-            AddInfMessage(cursor.line,
-                          CmtdMessage("Failed to alloc memory for status channel [idx_cfg=%d]!", number));
-            return ReadNoMemory;
-        }
-        made->Reset(number);
-        channel = made.get();
-        analogChannels.push_back(std::move(made));
-        if (number + 1 > firstFreeChannelIndex) {
-            firstFreeChannelIndex = toInt16(number + 1);
-            firstFreeChannelIndex2 = firstFreeChannelIndex;
-        }
+    const bool known = FindAnalogChannel(number) != nullptr;
+    int result = ReadDone;
+    CmtdChn_Analog *channel = channelOfSection(*this, FindAnalogChannel(number), analogChannels, number,
+                                               "No [idx_cfg=%d] of the analog channel in [.cfg] file!",
+                                               "The index [idx_cfg=%d] of analog channel overlaped!", result);
+    if (!channel)
+        return result;
+    if (!known && number + 1 > firstFreeChannelIndex) {
+        firstFreeChannelIndex = toInt16(number + 1);
+        firstFreeChannelIndex2 = firstFreeChannelIndex;
     }
     uint32_t &flags = channel->flags;
     for (const InfKeyLine &line : keys) {
@@ -527,29 +547,12 @@ int CCmtd99File::readInfAnalogChannel(int number, const InfKeyLines &keys)
 
 int CCmtd99File::readInfStatusChannel(int number, const InfKeyLines &keys)
 {
-    CmtdChn_Status *channel = FindStatusChannel(number);
-    const bool usable = number > 0 && number < INT16_MAX;
-    if (infVersion < 2 || !usable) {
-        if (!channel || !usable) {
-            AddInfMessage(cursor.line,
-                          CmtdMessage("No [idx_cfg=%d] of the status channel in [.cfg] file!", number));
-            return ReadRefused;
-        }
-    } else if (channel) {
-        AddInfMessage(cursor.line,
-                      CmtdMessage("The index [idx_cfg=%d] of status channel overlaped!", number));
-        return ReadRefused;
-    } else {
-        auto made = std::unique_ptr<CmtdChn_Status>(new (std::nothrow) CmtdChn_Status);
-        if (!made) {
-            AddInfMessage(cursor.line,
-                          CmtdMessage("Failed to alloc memory for status channel [idx_cfg=%d]!", number));
-            return ReadNoMemory;
-        }
-        made->Reset(number);
-        channel = made.get();
-        statusChannels.push_back(std::move(made));
-    }
+    int result = ReadDone;
+    CmtdChn_Status *channel = channelOfSection(*this, FindStatusChannel(number), statusChannels, number,
+                                               "No [idx_cfg=%d] of the status channel in [.cfg] file!",
+                                               "The index [idx_cfg=%d] of status channel overlaped!", result);
+    if (!channel)
+        return result;
     uint32_t &flags = channel->flags;
     for (const InfKeyLine &line : keys) {
         const QByteArray &key = line.key;

@@ -4,6 +4,7 @@
 #include "safewrite.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace {
 
@@ -43,11 +44,9 @@ bool CmtdInfTrwk_Unit::UsesStatusChannel(uint16_t index) const
     return inList(statusChannels, index);
 }
 
-CmtdInfTrwk_Unit *CCmtd99File::FindUnitById(int32_t devId) const
+CmtdInfTrwk_Unit *CCmtd99File::FindUnit(const std::function<bool(const CmtdInfTrwk_Unit &)> &match) const
 {
-    if (devId < 1)
-        return nullptr;
-    auto match = [devId](const CmtdInfTrwk_Unit &unit) { return unit.devId == devId; };
+    // Lines, transformers, power units, exciters, groups: the order every look-up keeps.
     CmtdInfTrwk_Unit *found = findIn(lineUnits, match);
     if (!found)
         found = findIn(transformerUnits, match);
@@ -60,23 +59,20 @@ CmtdInfTrwk_Unit *CCmtd99File::FindUnitById(int32_t devId) const
     return found;
 }
 
+CmtdInfTrwk_Unit *CCmtd99File::FindUnitById(int32_t devId) const
+{
+    if (devId < 1)
+        return nullptr;
+    return FindUnit([devId](const CmtdInfTrwk_Unit &unit) { return unit.devId == devId; });
+}
+
 CmtdInfTrwk_Unit *CCmtd99File::FindUnitByName(const QByteArray &name) const
 {
     if (name.isEmpty())
         return nullptr;
-    auto match = [&name](const CmtdInfTrwk_Unit &unit) {
+    return FindUnit([&name](const CmtdInfTrwk_Unit &unit) {
         return qstricmp(unit.name.constData(), name.constData()) == 0;
-    };
-    CmtdInfTrwk_Unit *found = findIn(lineUnits, match);
-    if (!found)
-        found = findIn(transformerUnits, match);
-    if (!found)
-        found = findIn(powerUnits, match);
-    if (!found)
-        found = findIn(exciterUnits, match);
-    if (!found)
-        found = findIn(groupUnits, match);
-    return found;
+    });
 }
 
 bool CCmtd99File::RemoveUnit(CmtdInfTrwk_Unit *unit)
@@ -87,7 +83,13 @@ bool CCmtd99File::RemoveUnit(CmtdInfTrwk_Unit *unit)
 
 bool CCmtd99File::HasUnit(const CmtdInfTrwk_Unit *unit) const
 {
-    auto same = [unit](const CmtdInfTrwk_Unit &u) { return &u == unit; };
-    return unit && (findIn(lineUnits, same) || findIn(transformerUnits, same) || findIn(powerUnits, same) ||
-                    findIn(exciterUnits, same) || findIn(groupUnits, same));
+    return unit && FindUnit([unit](const CmtdInfTrwk_Unit &u) { return &u == unit; });
+}
+
+void CCmtd99File::LinkStoresToUnits()
+{
+    for (const auto &map : analogMaps)
+        map->plantUnit = map->config ? FindUnitByName(map->config->ccbm.trimmed()) : nullptr;
+    for (const auto &map : statusMaps)
+        map->plantUnit = map->config ? FindUnitByName(map->config->ccbm.trimmed()) : nullptr;
 }

@@ -9,27 +9,13 @@
 
 #include "tolerance.h"
 
+#include "clirun.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
 
 namespace {
-
-struct CliRun
-{
-    int code = -1;
-    QByteArray out;
-    QByteArray err;
-    QJsonObject json() const { return QJsonDocument::fromJson(out).object(); }
-};
-
-CliRun cli(const QStringList &arguments)
-{
-    QProcess process;
-    process.start(QStringLiteral(VELDRIX_CLI), arguments);
-    process.waitForFinished(60000);
-    return CliRun{process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
-}
 
 // Two analog channels at 1 kHz — a 50 Hz sine of 100 V peak and a ramp in kV through 110 kV /
 // 100 V given as primary values — and one status channel; the trigger at sample 100.

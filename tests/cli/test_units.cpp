@@ -7,31 +7,11 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
+#include "clirun.h"
+
 #include <gtest/gtest.h>
 
 namespace {
-
-struct CliRun
-{
-    int code = -1;
-    QByteArray out;
-    QByteArray err;
-};
-
-CliRun cli(const QStringList &arguments)
-{
-    QProcess process;
-    process.start(QStringLiteral(VELDRIX_CLI), arguments);
-    process.waitForFinished(60000);
-    return CliRun{process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
-}
-
-void put(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(bytes);
-}
 
 QJsonArray ints(std::initializer_list<int> values)
 {

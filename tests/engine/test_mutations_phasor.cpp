@@ -7,6 +7,7 @@
 #include "cmtd99file.h"
 #include "cursorvalue.h"
 #include "globalsettings.h"
+#include "memoryrecording.h"
 #include "phasor.h"
 #include "tolerance.h"
 
@@ -17,45 +18,6 @@
 #include <vector>
 
 namespace {
-
-// A recording held in memory: rate segments and analog channels of given samples.
-class MemoryRecording
-{
-public:
-    explicit MemoryRecording(const std::vector<std::pair<float, int>> &rates)
-    {
-        int start = 0;
-        for (size_t i = 0; i < rates.size(); ++i) {
-            SampleSegment s;
-            s.index = static_cast<int16_t>(i + 1);
-            s.rate = rates[i].first;
-            s.start = start;
-            s.end = rates[i].second;
-            start = s.end;
-            file.segments.push_back(s);
-        }
-        file.pointCount = file.loadedPoints = start;
-        file.firstFreeChannelIndex = 100;
-    }
-
-    CChnMapAnalog &add(const std::vector<float> &values, float ratedFreq = 50.0f)
-    {
-        auto record = std::make_unique<CmtdChn_Analog>();
-        record->Reset(static_cast<int>(file.analogChannels.size()) + 1);
-        record->ch_id = "UA";
-        record->uu = "V";
-        record->ratedFreq = ratedFreq;
-        record->flags |= CmtdChn_Analog::RatedFreqGiven;
-        file.analogChannels.push_back(std::move(record));
-        auto map = std::make_unique<CChnMapAnalog>(file.analogChannels.back().get());
-        map->allocate(static_cast<int>(values.size()));
-        std::copy(values.begin(), values.end(), map->Values());
-        file.analogMaps.push_back(std::move(map));
-        return *file.analogMaps.back();
-    }
-
-    CCmtd99File file;
-};
 
 // 100 × sin(2π × 50 Hz × t), sampled at `rate` from t = 0.
 std::vector<float> Sine50(int count, double rate)
@@ -71,18 +33,7 @@ double Degrees(const ComplexD &p)
     return std::atan2(p.im, p.re) * 180.0 / M_PI;
 }
 
-class PhasorMutations : public ::testing::Test
-{
-protected:
-    void SetUp() override { Restore(); }
-    void TearDown() override { Restore(); }
-    static void Restore()
-    {
-        dftMethod = 0;
-        dftWin = 0;
-        PhComp = false;
-    }
-};
+using PhasorMutations = PhasorSwitchesRestored;
 
 } // namespace
 
@@ -103,7 +54,7 @@ TEST_F(PhasorMutations, TrueEffectiveValueSpansExactlyOneCycle)
     EXPECT_TRUE(NearRelative(out, std::sqrt(31870.0 / 20.0), 1e-12));
 
     // Rated 100 Hz: 10 points per cycle, samples 0..9: sum of squares 285.
-    CChnMapAnalog &fast = r.add(ramp, 100.0f);
+    CChnMapAnalog &fast = r.add(ramp, "V", 100.0f);
     EXPECT_EQ(RealEffectiveAt(r.file, nullptr, &fast, 0, out), EffectiveValue);
     EXPECT_TRUE(NearRelative(out, std::sqrt(285.0 / 10.0), 1e-12));
 
