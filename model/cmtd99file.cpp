@@ -262,18 +262,23 @@ QString CCmtd99File::Text(const QByteArray &bytes) const
     return DecodeText(bytes, codecName);
 }
 
+CDiskFile *CCmtd99File::OpenInfSource(const char *path, CDiskSection &section, CDiskFile &plain) const
+{
+    // The extension section inside a single-file recording, or the file itself.
+    if (IsCffPath(QByteArray(path))) {
+        const CffSection &inf = cffLayout.inf;
+        return inf.present && section.OpenSection(path, inf.begin, inf.length()) ? &section : nullptr;
+    }
+    return plain.OpenRegular(path) ? &plain : nullptr;
+}
+
 int CCmtd99File::ReadInfVersion(const char *path)
 {
     CDiskSection section;
     CDiskFile plain;
-    CDiskFile *opened = nullptr;
-    if (IsCffPath(QByteArray(path))) {
-        const CffSection &inf = cffLayout.inf;
-        if (inf.present && section.OpenSection(path, inf.begin, inf.length()))
-            opened = &section;
-    } else if (plain.OpenRegular(CmtdSiblingPath(CmtdBasePath(path), ".inf").constData())) {
-        opened = &plain;
-    }
+    const QByteArray infPath =
+        IsCffPath(QByteArray(path)) ? QByteArray(path) : CmtdSiblingPath(CmtdBasePath(path), ".inf");
+    CDiskFile *opened = OpenInfSource(infPath.constData(), section, plain);
     if (!opened)
         return 0;
     CDiskFile &file = *opened;

@@ -212,6 +212,7 @@ protected:
 private:
     friend class CDatLoader;
     struct CfgLines;
+    CDiskFile *OpenInfSource(const char *path, CDiskSection &section, CDiskFile &plain) const;
     int readIdentity(CfgLines &in);
     int readChannels(CfgLines &in);
     int readRates(CfgLines &in);

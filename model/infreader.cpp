@@ -147,14 +147,7 @@ int CCmtd99File::LoadInf(const char *path)
 {
     CDiskSection section;
     CDiskFile plain;
-    CDiskFile *file = nullptr;
-    if (IsCffPath(QByteArray(path))) {
-        const CffSection &inf = cffLayout.inf;
-        if (inf.present && section.OpenSection(path, inf.begin, inf.length()))
-            file = &section;
-    } else if (plain.OpenRegular(path)) {
-        file = &plain;
-    }
+    CDiskFile *file = OpenInfSource(path, section, plain);
     if (!file)
         return ReadDone;
     cursor = Cursor();
