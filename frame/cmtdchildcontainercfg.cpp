@@ -2,6 +2,8 @@
 
 #include "channeledit.h"
 
+#include "chnvocabulary.h"
+#include "choicedelegate.h"
 #include "cmtd99file.h"
 #include "cmtdtext.h"
 #include "textcodec.h"
@@ -118,19 +120,138 @@ CCmtdChildContainerCfg::CCmtdChildContainerCfg(CCmtdChildFrame *frame) : CCmtdCh
     setCentralWidget(page);
     connect(m_tabs, &QTabBar::currentChanged, m_stack, &QStackedWidget::setCurrentIndex);
     // An edit goes to the frame, which takes it or refuses it with the reason.
-    connect(m_analog, &QTableWidget::itemChanged, this, [this](QTableWidgetItem *item) {
-        if (!m_filling && item->column() == kAnalogName)
-            Q_EMIT channelFieldEdited(true, item->row(), ChannelField::Name, item->text());
-        else if (!m_filling && item->column() == kAnalogClass)
-            Q_EMIT channelFieldEdited(true, item->row(), ChannelField::Class, item->text());
-        else if (!m_filling && item->column() == kAnalogRatedFreq)
-            Q_EMIT channelFieldEdited(true, item->row(), ChannelField::RatedFreq, item->text());
-    });
-    connect(m_status, &QTableWidget::itemChanged, this, [this](QTableWidgetItem *item) {
-        if (!m_filling && item->column() == kStatusName)
-            Q_EMIT channelFieldEdited(false, item->row(), ChannelField::Name, item->text());
-    });
+    connect(m_analog, &QTableWidget::itemChanged, this,
+            [this](QTableWidgetItem *item) { reportEdit(true, item); });
+    connect(m_status, &QTableWidget::itemChanged, this,
+            [this](QTableWidgetItem *item) { reportEdit(false, item); });
+    installChoiceEditors();
     retranslate();
+}
+
+namespace {
+
+// Columns of the analog table, and the field of each editable one.
+enum AnalogColumn
+{
+    AnalogNo,
+    AnalogName,
+    AnalogPhase,
+    AnalogComponent,
+    AnalogUnit,
+    AnalogA,
+    AnalogB,
+    AnalogSkew,
+    AnalogMin,
+    AnalogMax,
+    AnalogPrimary,
+    AnalogSecondary,
+    AnalogPS,
+    AnalogClass,
+    AnalogRatedFreq,
+    AnalogColumns
+};
+
+enum StatusColumn
+{
+    StatusNo,
+    StatusName,
+    StatusPhase,
+    StatusComponent,
+    StatusNormal,
+    StatusKindColumn,
+    StatusClassColumn,
+    StatusColumns
+};
+
+std::vector<ChoiceDelegate::Choice> phaseChoices()
+{
+    return {{QString(), QString()},
+            {QStringLiteral("A"), QString()},
+            {QStringLiteral("B"), QString()},
+            {QStringLiteral("C"), QString()},
+            {QStringLiteral("N"), QString()},
+            {QStringLiteral("L"), QString()},
+            {QStringLiteral("S0"), QString()},
+            {QStringLiteral("S1"), QString()},
+            {QStringLiteral("S2"), QString()}};
+}
+
+} // namespace
+
+bool CCmtdChildContainerCfg::analogColumnField(int column, ChannelField *field)
+{
+    static const std::pair<int, ChannelField> kEditable[] = {{AnalogName, ChannelField::Name},
+                                                             {AnalogPhase, ChannelField::Phase},
+                                                             {AnalogComponent, ChannelField::Component},
+                                                             {AnalogUnit, ChannelField::Unit},
+                                                             {AnalogPrimary, ChannelField::Primary},
+                                                             {AnalogSecondary, ChannelField::Secondary},
+                                                             {AnalogPS, ChannelField::PS},
+                                                             {AnalogClass, ChannelField::Class},
+                                                             {AnalogRatedFreq, ChannelField::RatedFreq}};
+    for (const auto &[c, f] : kEditable) {
+        if (c == column) {
+            *field = f;
+            return true;
+        }
+    }
+    return false;
+}
+
+bool CCmtdChildContainerCfg::statusColumnField(int column, ChannelField *field)
+{
+    static const std::pair<int, ChannelField> kEditable[] = {
+        {StatusName, ChannelField::Name},           {StatusPhase, ChannelField::Phase},
+        {StatusComponent, ChannelField::Component}, {StatusNormal, ChannelField::NormalState},
+        {StatusKindColumn, ChannelField::Kind},     {StatusClassColumn, ChannelField::StatusClass}};
+    for (const auto &[c, f] : kEditable) {
+        if (c == column) {
+            *field = f;
+            return true;
+        }
+    }
+    return false;
+}
+
+void CCmtdChildContainerCfg::reportEdit(bool analog, QTableWidgetItem *item)
+{
+    ChannelField field;
+    if (m_filling ||
+        !(analog ? analogColumnField(item->column(), &field) : statusColumnField(item->column(), &field)))
+        return;
+    // A picked code comes as user data, typed text as the cell's text.
+    const QVariant picked = item->data(Qt::UserRole);
+    Q_EMIT channelFieldEdited(analog, item->row(), field,
+                              picked.isValid() ? picked.toString() : item->text());
+}
+
+// Fields with a fixed vocabulary are picked from a list, so that only valid codes reach the
+// recording.
+void CCmtdChildContainerCfg::installChoiceEditors()
+{
+    std::vector<ChoiceDelegate::Choice> classes, kinds, statusClasses;
+    for (int c = 0; c < 12; ++c)
+        classes.emplace_back(QString::fromLatin1(ClassCode(c)),
+                             QCoreApplication::translate("ChnClass", ClassText(c)));
+    for (int k = 0; k < kStatusKindCount; ++k)
+        kinds.emplace_back(QString::fromLatin1(StatusKindCode(k)),
+                           QCoreApplication::translate("StatusKind", StatusKindText(k)));
+    for (int k = 0; k < kStatusClassCount; ++k)
+        statusClasses.emplace_back(QString::fromLatin1(StatusClassCode(k)),
+                                   QCoreApplication::translate("StatusClass", StatusClassText(k)));
+    m_analog->setItemDelegateForColumn(AnalogPhase, new ChoiceDelegate(phaseChoices(), this));
+    m_analog->setItemDelegateForColumn(AnalogClass, new ChoiceDelegate(classes, this));
+    m_analog->setItemDelegateForColumn(AnalogPS,
+                                       new ChoiceDelegate({{QStringLiteral("P"), tr("primary values")},
+                                                           {QStringLiteral("S"), tr("secondary values")}},
+                                                          this));
+    m_status->setItemDelegateForColumn(StatusPhase, new ChoiceDelegate(phaseChoices(), this));
+    m_status->setItemDelegateForColumn(
+        StatusNormal,
+        new ChoiceDelegate({{QStringLiteral("0"), tr("Normal-OFF")}, {QStringLiteral("1"), tr("Normal-ON")}},
+                           this));
+    m_status->setItemDelegateForColumn(StatusKindColumn, new ChoiceDelegate(kinds, this));
+    m_status->setItemDelegateForColumn(StatusClassColumn, new ChoiceDelegate(statusClasses, this));
 }
 
 int CCmtdChildContainerCfg::pageCount() const
@@ -160,14 +281,14 @@ void CCmtdChildContainerCfg::retranslate()
     m_tabs->setTabText(2, tr("Primary Devices"));
     m_tabs->setTabText(3, tr("Inf File Content"));
     m_codecLabel->setText(tr("Text encoding:"));
-    m_analog->setColumnCount(15);
+    m_analog->setColumnCount(AnalogColumns);
     m_analog->setHorizontalHeaderLabels({tr("No."), tr("Name"), tr("Phase"), tr("Component"), tr("Unit"),
                                          tr("Multiplier a"), tr("Offset b"), tr("Skew (us)"), tr("Min"),
                                          tr("Max"), tr("Primary"), tr("Secondary"), tr("P/S"), tr("Class"),
                                          tr("Rated Freq. (Hz)")});
-    m_status->setColumnCount(5);
+    m_status->setColumnCount(StatusColumns);
     m_status->setHorizontalHeaderLabels(
-        {tr("No."), tr("Name"), tr("Phase"), tr("Component"), tr("Normal State")});
+        {tr("No."), tr("Name"), tr("Phase"), tr("Component"), tr("Normal State"), tr("Kind"), tr("Class")});
     m_devices->setColumnCount(6);
     m_devices->setHorizontalHeaderLabels(
         {tr("Kind"), tr("Device No."), tr("Name"), tr("Data"), tr("Analog Channels"), tr("Status Channels")});
@@ -199,32 +320,29 @@ void CCmtdChildContainerCfg::fillRecording(const CCmtd99File &file)
     m_analog->setRowCount(static_cast<int>(file.analogChannels.size()));
     int row = 0;
     for (const auto &c : file.analogChannels) {
-        setCell(m_analog, row, 0, QString::number(c->index), true);
-        setEditableCell(m_analog, row, kAnalogName, ChannelFieldText(file, true, row, ChannelField::Name));
-        setCell(m_analog, row, 2, file.Text(c->ph));
-        setCell(m_analog, row, 3, file.Text(c->ccbm));
-        setCell(m_analog, row, 4, file.Text(c->uu));
-        setCell(m_analog, row, 5, numberText(c->a), true);
-        setCell(m_analog, row, 6, numberText(c->b), true);
-        setCell(m_analog, row, 7, numberText(c->skew), true);
-        setCell(m_analog, row, 8, numberText(c->min), true);
-        setCell(m_analog, row, 9, numberText(c->max), true);
-        setCell(m_analog, row, 10, numberText(c->primary), true);
-        setCell(m_analog, row, 11, numberText(c->secondary), true);
-        setCell(m_analog, row, 12, QString(QLatin1Char(c->ps)));
-        setEditableCell(m_analog, row, kAnalogClass, ChannelFieldText(file, true, row, ChannelField::Class));
-        setEditableCell(m_analog, row, kAnalogRatedFreq,
-                        ChannelFieldText(file, true, row, ChannelField::RatedFreq));
+        for (int column = 0; column < AnalogColumns; ++column) {
+            ChannelField field;
+            if (analogColumnField(column, &field))
+                setEditableCell(m_analog, row, column, ChannelFieldText(file, true, row, field));
+        }
+        setCell(m_analog, row, AnalogNo, QString::number(c->index), true);
+        setCell(m_analog, row, AnalogA, numberText(c->a), true);
+        setCell(m_analog, row, AnalogB, numberText(c->b), true);
+        setCell(m_analog, row, AnalogSkew, numberText(c->skew), true);
+        setCell(m_analog, row, AnalogMin, numberText(c->min), true);
+        setCell(m_analog, row, AnalogMax, numberText(c->max), true);
         ++row;
     }
     m_status->setRowCount(static_cast<int>(file.statusChannels.size()));
     row = 0;
     for (const auto &c : file.statusChannels) {
-        setCell(m_status, row, 0, QString::number(c->index), true);
-        setEditableCell(m_status, row, kStatusName, ChannelFieldText(file, false, row, ChannelField::Name));
-        setCell(m_status, row, 2, file.Text(c->ph));
-        setCell(m_status, row, 3, file.Text(c->ccbm));
-        setCell(m_status, row, 4, c->normalState ? tr("Normal-ON") : tr("Normal-OFF"));
+        for (int column = 0; column < StatusColumns; ++column) {
+            ChannelField field;
+            if (statusColumnField(column, &field))
+                setEditableCell(m_status, row, column, ChannelFieldText(file, false, row, field));
+        }
+        setCell(m_status, row, StatusNo, QString::number(c->index), true);
+        m_status->item(row, StatusNormal)->setText(c->normalState ? tr("Normal-ON") : tr("Normal-OFF"));
         ++row;
     }
     const CmtdFileDescription &d = file.fileDesc;

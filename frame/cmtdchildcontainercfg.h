@@ -10,11 +10,14 @@ class QLabel;
 class QStackedWidget;
 class QTabBar;
 class QTableWidget;
+class QTableWidgetItem;
 class QToolBar;
 
-// The configuration page of a document frame: four read-only tables of what was read from the
-// recording's files — analog channels, status channels, primary devices, and the readers'
-// messages with their line numbers, so that the engineer sees what was repaired or refused.
+// The configuration page of a document frame: four tables of what was read from the recording's
+// files — analog channels, status channels, primary devices, and the readers' messages with
+// their line numbers, so that the engineer sees what was repaired or refused. The channel
+// fields that describe the plant (names, phases, components, units, ratios, classes, kinds)
+// are edited in place; the frame takes or refuses each edit.
 class CCmtdChildContainerCfg : public CCmtdChildContainer
 {
     Q_OBJECT
@@ -37,11 +40,11 @@ protected:
     void changeEvent(QEvent *event) override;
 
 private:
-    // The editable columns.
-    static constexpr int kAnalogName = 1;
-    static constexpr int kAnalogClass = 13;
-    static constexpr int kAnalogRatedFreq = 14;
-    static constexpr int kStatusName = 1;
+    // The field an editable column holds; false for a column that shows only.
+    static bool analogColumnField(int column, ChannelField *field);
+    static bool statusColumnField(int column, ChannelField *field);
+    void installChoiceEditors();
+    void reportEdit(bool analog, QTableWidgetItem *item);
 
     void fillRecording(const CCmtd99File &file);
     // One row per plant unit: kind, number, name, its data, the channels it uses.

@@ -552,6 +552,8 @@ bool CCmtdChildFrame::saveExactCopy(const QString &path, const ExactCopyFormat &
 
 bool CCmtdChildFrame::saveFile(const QString &path)
 {
+    if (!confirmCfgOnlyEdits())
+        return false;
     // The engineer's work (plant units, events, T0', settings) lives in the extension file; the
     // configuration and data files are not touched by a save.
     const QByteArray base = CmtdBasePath(QFile::encodeName(path).constData());
@@ -565,6 +567,7 @@ bool CCmtdChildFrame::saveFile(const QString &path)
     m_fileName = QFileInfo(path).canonicalFilePath();
     setModified(false);
     m_undo.clear(); // what is saved is not undone
+    m_cfgOnlyEdits = 0;
     return true;
 }
 
@@ -581,8 +584,16 @@ public:
     {
         setText(QCoreApplication::translate("CCmtdChildFrame", "Edit channel %1").arg(position + 1));
     }
-    void redo() override { m_frame->applyChannelField(m_analog, m_position, m_field, m_after); }
-    void undo() override { m_frame->applyChannelField(m_analog, m_position, m_field, m_before); }
+    void redo() override
+    {
+        m_frame->applyChannelField(m_analog, m_position, m_field, m_after);
+        m_frame->countCfgOnlyEdit(m_field, +1);
+    }
+    void undo() override
+    {
+        m_frame->applyChannelField(m_analog, m_position, m_field, m_before);
+        m_frame->countCfgOnlyEdit(m_field, -1);
+    }
 
 private:
     CCmtdChildFrame *m_frame;
@@ -609,6 +620,36 @@ bool CCmtdChildFrame::editChannelField(bool analog, int position, ChannelField f
     }
     m_undo.push(new ChannelEditCommand(this, analog, position, field, before, text.trimmed()));
     return true;
+}
+
+void CCmtdChildFrame::countCfgOnlyEdit(ChannelField field, int step)
+{
+    if (ChannelFieldInCfgOnly(field))
+        m_cfgOnlyEdits = qMax(0, m_cfgOnlyEdits + step);
+}
+
+bool CCmtdChildFrame::confirmCfgOnlyEdits()
+{
+    // Phase, component, unit, P/S and normal state have no place in the extension file: a save
+    // of it alone would let them go at the next opening without the engineer knowing.
+    if (m_cfgOnlyEdits == 0)
+        return true;
+    QMessageBox box(
+        QMessageBox::Warning, QString(),
+        tr("Phase, component, unit, P/S and normal state are kept in the configuration file (.cfg), "
+           "which Save(&S) does not write; they will be lost when the recording is opened again. "
+           "Save As(&V) keeps them."),
+        QMessageBox::NoButton, this);
+    QPushButton *saveAs = box.addButton(tr("Save As..."), QMessageBox::AcceptRole);
+    QPushButton *infOnly = box.addButton(tr("Save Extension File Only"), QMessageBox::DestructiveRole);
+    box.addButton(QMessageBox::Cancel);
+    box.setDefaultButton(saveAs);
+    box.exec();
+    if (box.clickedButton() == saveAs) {
+        slot_FileSaveAs();
+        return false;
+    }
+    return box.clickedButton() == infOnly;
 }
 
 void CCmtdChildFrame::applyChannelField(bool analog, int position, ChannelField field, const QString &text)

@@ -39,6 +39,9 @@ public:
     bool editChannelField(bool analog, int position, ChannelField field, const QString &text);
     void applyChannelField(bool analog, int position, ChannelField field, const QString &text);
     QUndoStack &undoStack() { return m_undo; }
+    // Edits in force of fields that only the ".cfg" keeps (undo counts back).
+    void countCfgOnlyEdit(ChannelField field, int step);
+    int cfgOnlyEdits() const { return m_cfgOnlyEdits; }
     // Writes the extension file beside the recording; false (with a message box) when the disk
     // refused it, and the frame stays modified.
     bool saveFile(const QString &path);
@@ -115,6 +118,8 @@ private:
     void showNotices();
 
     bool saveAs(const QString &path);
+    // Before a save of the extension file alone: asks when edits in force would be lost with it.
+    bool confirmCfgOnlyEdits();
     bool saveExactCopy(const QString &path, const ExactCopyFormat &format);
     enum class SaveKind
     {
@@ -177,6 +182,7 @@ private:
     QLabel *m_spanLabel = nullptr;
     QLabel *m_noticeLabel = nullptr;
     QUndoStack m_undo;
+    int m_cfgOnlyEdits = 0;
     const CmtdInfTrwk_Unit *m_currentUnit = nullptr; // the plant unit the wave is filtered to
     QProgressBar *m_progressBar = nullptr;
     QAction *m_progressAction = nullptr;

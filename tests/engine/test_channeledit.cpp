@@ -53,6 +53,17 @@ TEST_F(ChannelEdit, RefusedValuesSayWhyAndChangeNothing)
         {true, ChannelField::RatedFreq, "0.5", "A rated frequency is a number from 1 to 1000 Hz"},
         {true, ChannelField::RatedFreq, "fifty", "A rated frequency is a number from 1 to 1000 Hz"},
         {true, ChannelField::RatedFreq, "nan", "A rated frequency is a number from 1 to 1000 Hz"},
+        {true, ChannelField::Phase, "X", "Unknown phase: X (A, B, C, N, L, S0, S1 or S2)"},
+        {false, ChannelField::Component, "Bay,1", "A text of the configuration file holds no comma"},
+        {true, ChannelField::Unit, "", "A unit is 1 to 11 plain letters, such as V, kV, A, kA or Hz"},
+        {true, ChannelField::Unit, "Ω", "A unit is 1 to 11 plain letters, such as V, kV, A, kA or Hz"},
+        {true, ChannelField::Primary, "0", "A transformer ratio factor is a number above 0"},
+        {true, ChannelField::Secondary, "inf", "A transformer ratio factor is a number above 0"},
+        {true, ChannelField::PS, "Q", "P/S is P (primary values) or S (secondary values)"},
+        {false, ChannelField::NormalState, "2", "The normal state is 0 or 1"},
+        {false, ChannelField::Kind, "Jump_Z", "Unknown status kind: Jump_Z"},
+        {false, ChannelField::StatusClass, "Breaker", "Unknown status class: Breaker"},
+        {false, ChannelField::Unit, "V", "A status channel has no such field"},
     };
     for (const auto &r : refused) {
         const QString before = ChannelFieldText(file, r.analog, 0, r.field);
@@ -75,6 +86,12 @@ TEST_F(ChannelEdit, EditsReachTheStoreAndSurviveASaveAndAReopen)
     ASSERT_TRUE(SetChannelField(file, true, 0, ChannelField::Class, QStringLiteral("tv"), &reason));
     ASSERT_TRUE(SetChannelField(file, true, 0, ChannelField::RatedFreq, QStringLiteral("60"), &reason));
     ASSERT_TRUE(SetChannelField(file, false, 0, ChannelField::Name, QStringLiteral("Trip L1"), &reason));
+    // The ratio and the status kind and class live in the extension file as well.
+    ASSERT_TRUE(SetChannelField(file, true, 0, ChannelField::Primary, QStringLiteral("110000"), &reason));
+    ASSERT_TRUE(SetChannelField(file, true, 0, ChannelField::Secondary, QStringLiteral("100"), &reason));
+    ASSERT_TRUE(SetChannelField(file, false, 0, ChannelField::Kind, QStringLiteral("jump_a"), &reason));
+    ASSERT_TRUE(
+        SetChannelField(file, false, 0, ChannelField::StatusClass, QStringLiteral("Relay_Act"), &reason));
     EXPECT_STREQ(file.analogMaps[0]->Name(), "Ua");
     EXPECT_EQ(file.analogMaps[0]->Class(), ClassACV);
     EXPECT_EQ(file.analogChannels[0]->ch_id, QByteArray("CH1")); // the recorder's name stays
@@ -91,4 +108,48 @@ TEST_F(ChannelEdit, EditsReachTheStoreAndSurviveASaveAndAReopen)
     EXPECT_EQ(ChannelFieldText(again, true, 0, ChannelField::RatedFreq), QStringLiteral("60"));
     EXPECT_EQ(ChannelFieldText(again, false, 0, ChannelField::Name), QStringLiteral("Trip L1"));
     EXPECT_EQ(again.analogMaps[0]->Class(), ClassACV);
+    EXPECT_EQ(ChannelFieldText(again, true, 0, ChannelField::Primary), QStringLiteral("110000"));
+    EXPECT_EQ(ChannelFieldText(again, true, 0, ChannelField::Secondary), QStringLiteral("100"));
+    EXPECT_FLOAT_EQ(again.analogMaps[0]->TransformRatio(), 1100.0f);
+    EXPECT_EQ(ChannelFieldText(again, false, 0, ChannelField::Kind), QStringLiteral("Jump_A"));
+    EXPECT_EQ(ChannelFieldText(again, false, 0, ChannelField::StatusClass), QStringLiteral("Relay_Act"));
+}
+
+TEST_F(ChannelEdit, ConfigurationFieldsRescaleAtOnceAndOnlyASaveAsKeepsThem)
+{
+    const std::string cfg = write();
+    CCmtd99File file;
+    ASSERT_TRUE(load(file, cfg));
+    QString reason;
+    // CH2 holds 20, 21, ... as written. In kV the stored volts are a thousand times more; as
+    // primary values of a 1000:1 transformer they are secondary volts 20, 21, ... again.
+    ASSERT_TRUE(SetChannelField(file, true, 1, ChannelField::Unit, QStringLiteral("kV"), &reason));
+    EXPECT_EQ(file.analogMaps[1]->Value(0), 20000.0f);
+    EXPECT_EQ(file.analogMaps[1]->Value(4), 24000.0f);
+    ASSERT_TRUE(SetChannelField(file, true, 1, ChannelField::Primary, QStringLiteral("1000"), &reason));
+    EXPECT_EQ(file.analogMaps[1]->Value(0), 20000.0f); // secondary values do not depend on the ratio
+    ASSERT_TRUE(SetChannelField(file, true, 1, ChannelField::PS, QStringLiteral("p"), &reason));
+    EXPECT_EQ(file.analogMaps[1]->Value(0), 20.0f);
+    EXPECT_EQ(file.analogMaps[1]->Value(3), 23.0f);
+    ASSERT_TRUE(SetChannelField(file, true, 1, ChannelField::Phase, QStringLiteral("b"), &reason));
+    ASSERT_TRUE(SetChannelField(file, false, 0, ChannelField::NormalState, QStringLiteral("1"), &reason));
+    EXPECT_EQ(file.analogMaps[1]->Phase(), PhaseB);
+    EXPECT_TRUE(ChannelFieldInCfgOnly(ChannelField::Phase));
+    EXPECT_FALSE(ChannelFieldInCfgOnly(ChannelField::Primary));
+
+    // The extension file alone does not carry them: the recorder's ".cfg" wins at the reopen.
+    ASSERT_TRUE(file.SaveInf(dir.path("r.inf").c_str())) << file.saveError.toStdString();
+    CCmtd99File reopened;
+    ASSERT_TRUE(load(reopened, cfg));
+    EXPECT_EQ(ChannelFieldText(reopened, true, 1, ChannelField::Phase), QString());
+    EXPECT_EQ(ChannelFieldText(reopened, false, 0, ChannelField::NormalState), QStringLiteral("0"));
+
+    // A Save As writes them into the new ".cfg".
+    const std::string copy = dir.path("copy.cfg");
+    ASSERT_TRUE(file.SaveFile(copy.c_str())) << file.saveError.toStdString();
+    CCmtd99File saved;
+    ASSERT_TRUE(load(saved, copy));
+    EXPECT_EQ(ChannelFieldText(saved, true, 1, ChannelField::Phase), QStringLiteral("B"));
+    EXPECT_EQ(ChannelFieldText(saved, false, 0, ChannelField::NormalState), QStringLiteral("1"));
+    EXPECT_NEAR(saved.analogMaps[1]->Value(2), 22.0f, 0.01f);
 }

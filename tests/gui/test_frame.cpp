@@ -309,8 +309,28 @@ private Q_SLOTS:
         QCOMPARE(QString::fromUtf8(frame->recording().analogMaps[0]->Name()), QStringLiteral("U1"));
         QCOMPARE(frame->cfgContainer()->table(0)->item(0, 1)->text(), QStringLiteral("U1"));
         frame->undoStack().redo();
+        // A phase picked from the list comes as one change; only the ".cfg" keeps it, so the
+        // save of the extension file asks first.
+        analog->item(1, 2)->setData(Qt::UserRole, QStringLiteral("B"));
+        QCOMPARE(frame->recording().analogMaps[1]->Phase(), int16_t(PhaseB));
+        QCOMPARE(frame->cfgOnlyEdits(), 1);
+        QString asked;
+        QTimer::singleShot(0, frame, [&asked] {
+            for (QWidget *widget : QApplication::topLevelWidgets()) {
+                auto *box = qobject_cast<QMessageBox *>(widget);
+                if (!box || !box->isVisible())
+                    continue;
+                asked = box->text();
+                for (QAbstractButton *button : box->buttons()) {
+                    if (button->text() == QStringLiteral("Save Extension File Only"))
+                        button->click();
+                }
+            }
+        });
         // Saved, the edit stays in the extension file and is no longer undone.
         QVERIFY(frame->saveFile(frame->fileName()));
+        QVERIFY2(asked.contains(QStringLiteral("Save As(&V) keeps them")), qPrintable(asked));
+        QCOMPARE(frame->cfgOnlyEdits(), 0);
         QCOMPARE(frame->undoStack().count(), 0);
         CCmtd99File again;
         QVERIFY(again.LoadFile(QFile::encodeName(frame->fileName()).constData()));
