@@ -13,11 +13,13 @@
 #include <QEvent>
 #include <QHeaderView>
 #include <QLabel>
+#include <QMenu>
 #include <QSignalBlocker>
 #include <QStackedWidget>
 #include <QTabBar>
 #include <QTableWidget>
 #include <QToolBar>
+#include <QToolButton>
 #include <QVBoxLayout>
 
 namespace {
@@ -114,9 +116,12 @@ CCmtdChildContainerCfg::CCmtdChildContainerCfg(CCmtdChildFrame *frame) : CCmtdCh
     m_analog = makeTable(m_stack);
     m_status = makeTable(m_stack);
     m_devices = makeTable(m_stack);
+    m_devices->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_messages = makeTable(m_stack);
-    for (QTableWidget *table : {m_analog, m_status, m_devices, m_messages})
-        m_stack->addWidget(table);
+    m_stack->addWidget(m_analog);
+    m_stack->addWidget(m_status);
+    m_stack->addWidget(makeDevicesPage(m_stack));
+    m_stack->addWidget(m_messages);
     setCentralWidget(page);
     connect(m_tabs, &QTabBar::currentChanged, m_stack, &QStackedWidget::setCurrentIndex);
     // An edit goes to the frame, which takes it or refuses it with the reason.
@@ -261,7 +266,57 @@ int CCmtdChildContainerCfg::pageCount() const
 
 QTableWidget *CCmtdChildContainerCfg::table(int page) const
 {
-    return qobject_cast<QTableWidget *>(m_stack->widget(page));
+    QTableWidget *const tables[] = {m_analog, m_status, m_devices, m_messages};
+    return page >= 0 && page < 4 ? tables[page] : nullptr;
+}
+
+QWidget *CCmtdChildContainerCfg::makeDevicesPage(QWidget *parent)
+{
+    auto *page = new QWidget(parent);
+    auto *layout = new QVBoxLayout(page);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    auto *bar = new QToolBar(page);
+    bar->setObjectName(QStringLiteral("DeviceActions"));
+    bar->setToolButtonStyle(Qt::ToolButtonTextOnly);
+    auto *add = new QMenu(bar);
+    static const char *const kAdd[] = {QT_TR_NOOP("Line..."), QT_TR_NOOP("Transformer..."),
+                                       QT_TR_NOOP("Generator..."), QT_TR_NOOP("Exciter..."),
+                                       QT_TR_NOOP("Channel Group...")};
+    for (int kind = 1; kind <= 5; ++kind)
+        add->addAction(tr(kAdd[kind - 1]), this, [this, kind] { Q_EMIT unitAddRequested(kind); });
+    QAction *addAction = bar->addAction(tr("Add"));
+    addAction->setMenu(add);
+    if (auto *button = qobject_cast<QToolButton *>(bar->widgetForAction(addAction)))
+        button->setPopupMode(QToolButton::InstantPopup);
+    bar->addAction(tr("Edit..."), this, [this] {
+        if (const CmtdInfTrwk_Unit *unit = currentUnit())
+            Q_EMIT unitEditRequested(unit);
+    });
+    bar->addAction(tr("Copy..."), this, [this] {
+        if (const CmtdInfTrwk_Unit *unit = currentUnit())
+            Q_EMIT unitCopyRequested(unit);
+    });
+    bar->addAction(tr("Delete"), this, [this] {
+        if (const CmtdInfTrwk_Unit *unit = currentUnit())
+            Q_EMIT unitDeleteRequested(unit);
+    });
+    bar->addSeparator();
+    bar->addAction(tr("Suggest Units..."), this, [this] { Q_EMIT suggestUnitsRequested(); });
+    layout->addWidget(bar);
+    layout->addWidget(m_devices, 1);
+    connect(m_devices, &QTableWidget::cellDoubleClicked, this, [this](int, int) {
+        if (const CmtdInfTrwk_Unit *unit = currentUnit())
+            Q_EMIT unitEditRequested(unit);
+    });
+    return page;
+}
+
+const CmtdInfTrwk_Unit *CCmtdChildContainerCfg::currentUnit() const
+{
+    const QTableWidgetItem *item = m_devices->item(m_devices->currentRow(), 0);
+    return item ? reinterpret_cast<const CmtdInfTrwk_Unit *>(item->data(Qt::UserRole).value<quintptr>())
+                : nullptr;
 }
 
 void CCmtdChildContainerCfg::changeEvent(QEvent *event)
@@ -447,6 +502,8 @@ void CCmtdChildContainerCfg::showDevices(const CCmtd99File &file)
                                  status.join(QStringLiteral(", "))};
         for (int c = 0; c < 6; ++c)
             m_devices->setItem(row, c, new QTableWidgetItem(cells[c]));
+        m_devices->item(row, 0)->setData(Qt::UserRole,
+                                         QVariant::fromValue(reinterpret_cast<quintptr>(&unit)));
     };
     for (const auto &unit : file.lineUnits)
         add(*unit);

@@ -5,6 +5,7 @@
 #include "cmtdchildcontainer.h"
 
 class CCmtd99File;
+class CmtdInfTrwk_Unit;
 class QComboBox;
 class QLabel;
 class QStackedWidget;
@@ -35,6 +36,12 @@ Q_SIGNALS:
     void codecChosen(const QByteArray &codec);
     // The engineer typed a new value into a channel's cell (row = position in its kind).
     void channelFieldEdited(bool analog, int position, ChannelField field, const QString &text);
+    // The engineer asked for a new unit of a kind, or to edit, copy or delete one.
+    void unitAddRequested(int kind);
+    void unitEditRequested(const CmtdInfTrwk_Unit *unit);
+    void unitCopyRequested(const CmtdInfTrwk_Unit *unit);
+    void unitDeleteRequested(const CmtdInfTrwk_Unit *unit);
+    void suggestUnitsRequested();
 
 protected:
     void changeEvent(QEvent *event) override;
@@ -45,6 +52,9 @@ private:
     static bool statusColumnField(int column, ChannelField *field);
     void installChoiceEditors();
     void reportEdit(bool analog, QTableWidgetItem *item);
+    QWidget *makeDevicesPage(QWidget *parent);
+    // The unit of the devices table's current row; null when none is chosen.
+    const CmtdInfTrwk_Unit *currentUnit() const;
 
     void fillRecording(const CCmtd99File &file);
     // One row per plant unit: kind, number, name, its data, the channels it uses.

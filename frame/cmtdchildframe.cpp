@@ -96,6 +96,7 @@ CCmtdChildFrame::CCmtdChildFrame(QWidget *parent) : CMdiChildFrame(parent), m_th
         setWindowTitle(titleText());
         m_nameView->update();
     });
+    connectUnitRequests();
     connect(m_cfgContainer, &CCmtdChildContainerCfg::channelFieldEdited, this,
             &CCmtdChildFrame::editChannelField);
     // Edits are undone with Ctrl+Z until the recording is saved.
@@ -468,6 +469,11 @@ void CCmtdChildFrame::slot_CmbWaveUntSelChanged(int index)
         unit = nullptr;
     if (unit == m_currentUnit)
         return;
+    showUnitChannels(unit);
+}
+
+void CCmtdChildFrame::showUnitChannels(const CmtdInfTrwk_Unit *unit)
+{
     m_currentUnit = unit;
     for (const auto &map : m_file.analogMaps) {
         const bool hide = unit && !unit->UsesAnalogChannel(uint16_t(map->Index()));

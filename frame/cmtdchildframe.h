@@ -6,6 +6,7 @@
 #include "cmtdthread.h"
 #include "exactcopy.h"
 #include "mdichildframe.h"
+#include "unitedit.h"
 
 #include <QList>
 #include <QUndoStack>
@@ -55,6 +56,16 @@ public:
     // exists. After a load, and after the units changed (a settings import, the setup).
     void refillUnitSelector();
     QComboBox *unitChooser() const { return unitSelector; }
+    // Plant units by hand: each opens the unit setup (or asks, for a delete) and is one step
+    // of the undo stack. They give the unit taken, or null when the engineer cancelled.
+    const CmtdInfTrwk_Unit *addUnit(int kind);
+    const CmtdInfTrwk_Unit *editUnit(const CmtdInfTrwk_Unit *unit);
+    const CmtdInfTrwk_Unit *copyUnit(const CmtdInfTrwk_Unit *unit);
+    bool deleteUnit(const CmtdInfTrwk_Unit *unit);
+    // Proposes units from the channels; the engineer takes, edits or leaves each.
+    int suggestUnits();
+    // Puts the recording's units back as a snapshot held them (the undo step of the above).
+    void restoreUnits(const UnitSnapshot &snapshot);
     // Save As to a chosen name: refuses the recording's own files, asks before a save that
     // would change channels' values, and says why a write failed.
     bool saveRecordingAs(const QString &chosen);
@@ -120,6 +131,13 @@ private:
     bool saveAs(const QString &path);
     // Before a save of the extension file alone: asks when edits in force would be lost with it.
     bool confirmCfgOnlyEdits();
+    void connectUnitRequests();
+    // Runs the unit setup on `unit`; installs the result in place of `replacing`.
+    const CmtdInfTrwk_Unit *runUnitSetup(std::unique_ptr<CmtdInfTrwk_Unit> unit,
+                                         const CmtdInfTrwk_Unit *replacing, const QString &undoText);
+    // One undo step from `before` to the units as they are now; shows `select` in the wave.
+    void commitUnitChange(UnitSnapshot before, const QString &undoText, const CmtdInfTrwk_Unit *select);
+    void showUnitChannels(const CmtdInfTrwk_Unit *unit);
     bool saveExactCopy(const QString &path, const ExactCopyFormat &format);
     enum class SaveKind
     {

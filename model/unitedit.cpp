@@ -304,9 +304,9 @@ void checkNumbers(const std::vector<std::pair<float, const char *>> &numbers, QS
 
 void checkLine(const CmtdInfTrwk_UnitLine &u, QStringList &messages)
 {
-    if (!(u.length > 0.0f) || !std::isfinite(u.length))
-        messages << tr("The length of the line must be above 0 km");
-    checkNumbers({{u.r1, QT_TRANSLATE_NOOP("UnitEdit", "R1")},
+    // A line without its length still groups its channels; fault location asks for it later.
+    checkNumbers({{u.length, QT_TRANSLATE_NOOP("UnitEdit", "Length")},
+                  {u.r1, QT_TRANSLATE_NOOP("UnitEdit", "R1")},
                   {u.x1, QT_TRANSLATE_NOOP("UnitEdit", "X1")},
                   {u.r0, QT_TRANSLATE_NOOP("UnitEdit", "R0")},
                   {u.x0, QT_TRANSLATE_NOOP("UnitEdit", "X0")},
@@ -492,4 +492,49 @@ QByteArray UniqueUnitName(const CCmtd99File &file, const QByteArray &base)
     for (int n = 2; file.FindUnitByName(name); ++n)
         name = base + " (" + QByteArray::number(n) + ')';
     return name;
+}
+
+UnitSnapshot TakeUnitSnapshot(const CCmtd99File &file)
+{
+    UnitSnapshot snapshot;
+    auto take = [&snapshot](const auto &units) {
+        for (const auto &unit : units)
+            snapshot.push_back(CloneUnit(*unit));
+    };
+    take(file.lineUnits);
+    take(file.transformerUnits);
+    take(file.powerUnits);
+    take(file.exciterUnits);
+    take(file.groupUnits);
+    return snapshot;
+}
+
+void RestoreUnitSnapshot(CCmtd99File &file, const UnitSnapshot &snapshot)
+{
+    file.lineUnits.clear();
+    file.transformerUnits.clear();
+    file.powerUnits.clear();
+    file.exciterUnits.clear();
+    file.groupUnits.clear();
+    for (const auto &unit : snapshot) {
+        std::unique_ptr<CmtdInfTrwk_Unit> copy = CloneUnit(*unit);
+        switch (copy->kind) {
+        case CmtdInfTrwk_Unit::KindLine:
+            file.lineUnits.emplace_back(static_cast<CmtdInfTrwk_UnitLine *>(copy.release()));
+            break;
+        case CmtdInfTrwk_Unit::KindTransformer:
+            file.transformerUnits.emplace_back(static_cast<CmtdInfTrwk_UnitTrm *>(copy.release()));
+            break;
+        case CmtdInfTrwk_Unit::KindPower:
+            file.powerUnits.emplace_back(static_cast<CmtdInfTrwk_UnitPwr *>(copy.release()));
+            break;
+        case CmtdInfTrwk_Unit::KindExciter:
+            file.exciterUnits.emplace_back(static_cast<CmtdInfTrwk_UnitExci *>(copy.release()));
+            break;
+        default:
+            file.groupUnits.push_back(std::move(copy));
+            break;
+        }
+    }
+    file.LinkStoresToUnits();
 }

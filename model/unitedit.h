@@ -64,3 +64,10 @@ CmtdInfTrwk_Unit *InstallUnit(CCmtd99File &file, std::unique_ptr<CmtdInfTrwk_Uni
 
 // A name no unit of the recording has: `base`, else `base (2)`, `base (3)`, ...
 QByteArray UniqueUnitName(const CCmtd99File &file, const QByteArray &base);
+
+// Copies of all units of a recording, in list order (lines, transformers, generators, exciters,
+// groups), to give back an earlier state of the plant data (undo).
+using UnitSnapshot = std::vector<std::unique_ptr<CmtdInfTrwk_Unit>>;
+UnitSnapshot TakeUnitSnapshot(const CCmtd99File &file);
+// Replaces all units of the recording by copies of the snapshot's; the stores find them again.
+void RestoreUnitSnapshot(CCmtd99File &file, const UnitSnapshot &snapshot);

@@ -135,7 +135,9 @@ TEST_F(UnitEdit, AUnitMadeByHandIsTheUnitReadWithTheSameKeys)
     EXPECT_EQ(made.powerUnits[0]->taZ[0], (ChannelSet{5, 6, 7, 0}));
     EXPECT_EQ(made.maxDeviceId, 9);
 
-    // Edited in place, a unit keeps its place in its list; a copy gets a name of its own.
+    // Edited in place, a unit keeps its place in its list; a copy gets a name of its own; a
+    // snapshot gives the earlier state back.
+    const UnitSnapshot before = TakeUnitSnapshot(made);
     auto changed = CloneUnit(*made.lineUnits[0]);
     static_cast<CmtdInfTrwk_UnitLine &>(*changed).length = 50.0f;
     const CmtdInfTrwk_Unit *old = made.lineUnits[0].get();
@@ -144,6 +146,9 @@ TEST_F(UnitEdit, AUnitMadeByHandIsTheUnitReadWithTheSameKeys)
     ASSERT_EQ(made.lineUnits.size(), 1u);
     EXPECT_EQ(made.lineUnits[0]->length, 50.0f);
     EXPECT_EQ(UniqueUnitName(made, "Feeder 7"), QByteArray("Feeder 7 (2)"));
+    RestoreUnitSnapshot(made, before);
+    EXPECT_EQ(made.lineUnits[0]->length, 42.5f);
+    EXPECT_EQ(written(made).toStdString(), written(read).toStdString());
 }
 
 TEST_F(UnitEdit, PickersOfferOnlyChannelsOfTheRolesClassAndPhase)
@@ -191,9 +196,10 @@ TEST_F(UnitEdit, ChecksKeepABadUnitOut)
     line.devId = 3;
     line.taChns = {5, 6, 12, 0};
     line.r1 = -0.1f;
+    line.length = -1.0f;
     EXPECT_EQ(CheckUnit(file, line, nullptr),
               QStringList({"Another unit is named l1", "Device number 3 belongs to L1",
-                           "TA: there is no analog channel 12", "The length of the line must be above 0 km",
+                           "TA: there is no analog channel 12", "Length must be a number of 0 or more",
                            "R1 must be a number of 0 or more"}));
     // The unit it replaces may keep its name and number.
     line.name = "L1", line.length = 10.0f, line.r1 = 0.1f, line.taChns = {5, 6, 7, 0};

@@ -10,6 +10,8 @@
 #include "menutext.h"
 #include "recordingwriter.h"
 #include "timetext.h"
+#include "unitsetupdialog.h"
+#include "unitsuggestdialog.h"
 
 #include <QAbstractButton>
 #include <QAction>
@@ -20,6 +22,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPointer>
@@ -335,6 +338,92 @@ private Q_SLOTS:
         CCmtd99File again;
         QVERIFY(again.LoadFile(QFile::encodeName(frame->fileName()).constData()));
         QCOMPARE(again.analogChannels[0]->alias, QByteArray("Feeder Ua"));
+    }
+
+    void unitsAreSetUpByHandCheckedAndUndone()
+    {
+        QTemporaryDir dir;
+        CCmtdChildFrame *frame = open(writeRecording(dir, "units", 300, 3, 1, true, "ABC"));
+        QVERIFY(frame && waitIdle(frame));
+        const CCmtd99File &file = frame->recording();
+        // A line named, measured and given its voltage channels in the setup. (Checks inside the
+        // dialog are gathered and asserted once it is closed, so that a failure cannot hang.)
+        QList<int> offeredPerPlace;
+        QTimer::singleShot(0, frame, [&offeredPerPlace] {
+            auto *dialog = qobject_cast<CUnitSetupDialog *>(QApplication::activeModalWidget());
+            if (!dialog)
+                return;
+            dialog->nameEdit()->setText(QStringLiteral("Feeder 3"));
+            dialog->numberEdit("Length")->setText(QStringLiteral("12.5"));
+            QTableWidget *roles = dialog->rolesTable();
+            for (int phase = 0; phase < 3; ++phase) {
+                auto *combo = qobject_cast<QComboBox *>(roles->cellWidget(2, phase)); // TV #1
+                offeredPerPlace << combo->count();
+                combo->setCurrentIndex(combo->findData(phase + 1));
+            }
+            offeredPerPlace << qobject_cast<QComboBox *>(roles->cellWidget(0, 0))->count(); // TA, A
+            dialog->accept();
+            if (dialog->isVisible())
+                dialog->reject();
+        });
+        const CmtdInfTrwk_Unit *made = frame->addUnit(CmtdInfTrwk_Unit::KindLine);
+        QVERIFY(made);
+        // Only the voltage of the fitting phase is offered beside "none", and no current at all.
+        QCOMPARE(offeredPerPlace, QList<int>({2, 2, 2, 1}));
+        QCOMPARE(file.lineUnits.size(), size_t(1));
+        QCOMPARE(file.lineUnits[0]->name, QByteArray("Feeder 3"));
+        QCOMPARE(file.lineUnits[0]->length, 12.5f);
+        QCOMPARE(file.lineUnits[0]->tvChns[0], (ChannelSet{1, 2, 3, 0}));
+        QCOMPARE(frame->unitChooser()->count(), 2);
+        QVERIFY(frame->isModified());
+
+        // A second unit of the same name is refused in the dialog, which stays open.
+        QString said;
+        bool stayedOpen = false;
+        QTimer::singleShot(0, frame, [&] {
+            auto *dialog = qobject_cast<CUnitSetupDialog *>(QApplication::activeModalWidget());
+            if (!dialog)
+                return;
+            dialog->nameEdit()->setText(QStringLiteral("feeder 3"));
+            QTimer::singleShot(0, frame, [&] {
+                if (auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget())) {
+                    said = box->text();
+                    box->button(QMessageBox::Ok)->click();
+                }
+            });
+            dialog->accept();
+            stayedOpen = dialog->isVisible();
+            dialog->reject();
+        });
+        QVERIFY(!frame->addUnit(CmtdInfTrwk_Unit::KindLine));
+        QVERIFY2(said.contains(QStringLiteral("Another unit is named feeder 3")), qPrintable(said));
+        QVERIFY(stayedOpen);
+        QCOMPARE(file.lineUnits.size(), size_t(1));
+
+        // Undone and redone as one step; deleted after a question.
+        frame->undoStack().undo();
+        QVERIFY(file.lineUnits.empty());
+        QCOMPARE(frame->unitChooser()->count(), 1);
+        frame->undoStack().redo();
+        QCOMPARE(file.lineUnits.size(), size_t(1));
+        QTimer::singleShot(0, frame, [] { answerMessageBox(QMessageBox::Yes); });
+        QVERIFY(frame->deleteUnit(file.lineUnits[0].get()));
+        QVERIFY(file.lineUnits.empty());
+
+        // The proposals for the bare recording, all taken.
+        int offered = 0;
+        QTimer::singleShot(0, frame, [&offered] {
+            auto *dialog = qobject_cast<CUnitSuggestDialog *>(QApplication::activeModalWidget());
+            if (!dialog)
+                return;
+            offered = dialog->table()->rowCount();
+            dialog->accept();
+        });
+        const int taken = frame->suggestUnits();
+        frame->setModified(false); // nothing to ask when the test's window closes
+        QVERIFY(offered >= 1);
+        QCOMPARE(taken, offered);
+        QCOMPARE(frame->unitChooser()->count(), 1 + offered);
     }
 
     void channelGroupFilesTravelBetweenRecordings()
