@@ -97,6 +97,11 @@ int PointsPerCycle(float rate, float freq)
     return heldCount(double(rate) / double(freq) + 0.5);
 }
 
+int Cycle50Points(float rate)
+{
+    return roundedCycle50(rate);
+}
+
 ComplexD DftPhasorMethod(int method, const float *x, int count, int harmonic, int step)
 {
     ComplexD out;

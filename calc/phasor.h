@@ -34,6 +34,9 @@ enum PhasorCode
 float RatedFreq(const CChnMapAnalog &chn);
 // Points per cycle: trunc(rate / freq + 0.5) in 64-bit floats.
 int PointsPerCycle(float rate, float freq);
+// Points of a 50 Hz cycle, whatever the rated frequency: trunc(rate × 0.02 + 0.5), the 20 ms in
+// a 32-bit float.
+int Cycle50Points(float rate);
 // Decimation: every sample up to 399 points per cycle, every second from 400, and so on.
 inline int DecimationStep(int n)
 {

@@ -2,6 +2,7 @@
 // program reads from a recording.
 
 #include "convertverb.h"
+#include "deriveverb.h"
 #include "infoverb.h"
 #include "phasorsverb.h"
 #include "samplesverb.h"
@@ -35,7 +36,12 @@ void printUsage(FILE *out)
                  "      write the recording's extension file alone\n"
                  "  units --json PATH [--suggest]\n"
                  "      the primary device units as stored; with --suggest also those proposed from the\n"
-                 "      channel names and monitored components, with the reason for each\n");
+                 "      channel names and monitored components, with the reason for each\n"
+                 "  derive --json PATH --channel A<n> --job delta --mode 0|1|2 | --job avg\n"
+                 "          | --job harm --order K --part 0|1|2 | --job hamming --end-freq F --length L\n"
+                 "          | --job diff | --job freq-x0 | --job freq-dft\n"
+                 "      the curve of a virtual channel derived from one channel: name, unit, rated\n"
+                 "      frequency and one value per sample\n");
 }
 
 } // namespace
@@ -60,6 +66,8 @@ int main(int argc, char **argv)
         return RunSaveInf(argc - 2, argv + 2);
     if (std::strcmp(verb, "units") == 0)
         return RunUnits(argc - 2, argv + 2);
+    if (std::strcmp(verb, "derive") == 0)
+        return RunDerive(argc - 2, argv + 2);
     if (std::strcmp(verb, "--help") == 0 || std::strcmp(verb, "help") == 0) {
         printUsage(stdout);
         return 0;
