@@ -3,6 +3,7 @@
 
 #include "convertverb.h"
 #include "infoverb.h"
+#include "locateverb.h"
 #include "phasorsverb.h"
 #include "samplesverb.h"
 #include "saveinfverb.h"
@@ -17,25 +18,31 @@ namespace {
 
 void printUsage(FILE *out)
 {
-    std::fprintf(out,
-                 "usage: veldrix-cli <verb> [options]\n"
-                 "verbs:\n"
-                 "  info [--json] [--progress] [--encoding NAME] PATH\n"
-                 "      describe a recording (PATH may carry any extension) and load its samples\n"
-                 "  samples --json PATH [--from N] [--to M] [--channel A<n>|D<n>]... [--progress]\n"
-                 "      the samples as stored: times in microseconds from the trigger, analog values\n"
-                 "      scaled to secondary quantities without unit prefix, status bits\n"
-                 "  phasors --json PATH --at SAMPLE [--dft-method rectSin|rectCos|trapSin|trapCos]\n"
-                 "          [--dft-win prev|cent|next] [--phcomp] [--primary]\n"
-                 "      fundamental phasor, effective values and read-out of every analog channel\n"
-                 "  convert PATH OUT [--ascii|--binary|--binary32|--float32] [--revision 1991|1999|2013]\n"
-                 "          [--progress]\n"
-                 "      write an exact copy of the recording under a new name ending in .cfg or .cff\n"
-                 "  save-inf PATH OUT.inf\n"
-                 "      write the recording's extension file alone\n"
-                 "  units --json PATH [--suggest]\n"
-                 "      the primary device units as stored; with --suggest also those proposed from the\n"
-                 "      channel names and monitored components, with the reason for each\n");
+    std::fprintf(
+        out, "usage: veldrix-cli <verb> [options]\n"
+             "verbs:\n"
+             "  info [--json] [--progress] [--encoding NAME] PATH\n"
+             "      describe a recording (PATH may carry any extension) and load its samples\n"
+             "  samples --json PATH [--from N] [--to M] [--channel A<n>|D<n>]... [--progress]\n"
+             "      the samples as stored: times in microseconds from the trigger, analog values\n"
+             "      scaled to secondary quantities without unit prefix, status bits\n"
+             "  phasors --json PATH --at SAMPLE [--dft-method rectSin|rectCos|trapSin|trapCos]\n"
+             "          [--dft-win prev|cent|next] [--phcomp] [--primary]\n"
+             "      fundamental phasor, effective values and read-out of every analog channel\n"
+             "  convert PATH OUT [--ascii|--binary|--binary32|--float32] [--revision 1991|1999|2013]\n"
+             "          [--progress]\n"
+             "      write an exact copy of the recording under a new name ending in .cfg or .cff\n"
+             "  save-inf PATH OUT.inf\n"
+             "      write the recording's extension file alone\n"
+             "  units --json PATH [--suggest]\n"
+             "      the primary device units as stored; with --suggest also those proposed from the\n"
+             "      channel names and monitored components, with the reason for each\n"
+             "  locate --json --line LENGTH,R1,X1,C1[,R0,X0] --m PATH --m-channels UA,UB,UC,IA,IB,IC\n"
+             "         [--m-channels2 IA2,IB2,IC2] [--m-weights W1,W2] --m-tv PRIMARY_KV,SECONDARY_V\n"
+             "         --m-ta PRIMARY_A,SECONDARY_A [--m-kf KF] [--m-start SAMPLE] --n PATH ... (the same\n"
+             "         with --n-)\n"
+             "      distance to a short circuit from the recordings of both line ends; exit 1 when the\n"
+             "      location fails (its code and report are printed)\n");
 }
 
 } // namespace
@@ -60,6 +67,8 @@ int main(int argc, char **argv)
         return RunSaveInf(argc - 2, argv + 2);
     if (std::strcmp(verb, "units") == 0)
         return RunUnits(argc - 2, argv + 2);
+    if (std::strcmp(verb, "locate") == 0)
+        return RunLocate(argc - 2, argv + 2);
     if (std::strcmp(verb, "--help") == 0 || std::strcmp(verb, "help") == 0) {
         printUsage(stdout);
         return 0;
