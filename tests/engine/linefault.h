@@ -1,11 +1,11 @@
 #pragma once
 
-// A short circuit on a two-source transmission line worked out from the long-line equations, for
-// the fault-location suites: each sequence network is the exact hyperbolic two-port of the line
-// on both sides of the fault with a source behind each end, and the fault joins the networks at
-// the fault point. Gives both ends' phase voltages and currents (primary, peak, current into
+// A short circuit on a two-source line from the long-line equations, for the fault-location suites:
+// per sequence, the exact hyperbolic two-ports on both sides of the fault with a source behind
+// each end, joined at the fault. Gives both ends' phase voltages and currents (primary, peak, into
 // the line) before and during the fault, and writes them as 50 Hz samples.
 
+#include <algorithm>
 #include <cmath>
 #include <complex>
 #include <vector>
@@ -124,14 +124,9 @@ inline void Solve(const Case &f, End &m, End &n)
         ToPhases(i, ends[side]->i);
         ToPhases(preU, ends[side]->preU);
         ToPhases(preI, ends[side]->preI);
-        if (f.kind == Kind::CG) { // the same fault with the phases named one on: A's fault falls on C
-            for (Cx *p : {ends[side]->u, ends[side]->i, ends[side]->preU, ends[side]->preI}) {
-                const Cx c = p[0];
-                p[0] = p[1];
-                p[1] = p[2];
-                p[2] = c;
-            }
-        }
+        if (f.kind == Kind::CG) // the same fault with the phases named one on: A's fault falls on C
+            for (Cx *p : {ends[side]->u, ends[side]->i, ends[side]->preU, ends[side]->preI})
+                std::rotate(p, p + 1, p + 3);
     }
 }
 

@@ -47,18 +47,10 @@ struct EndRecording
     FaultEnd end;
 };
 
-FaultLine LineOf(const linefault::Line &l, bool zeroSequence = true)
+FaultLine LineOf(const linefault::Line &l)
 {
-    FaultLine line;
-    line.length = double(l.length);
-    line.R1 = double(l.r1);
-    line.X1 = double(l.x1);
-    line.C1 = double(l.c1);
-    if (zeroSequence) {
-        line.R0 = double(l.r0);
-        line.X0 = double(l.x0);
-    }
-    return line;
+    return FaultLine{double(l.length), double(l.r1), double(l.x1), double(l.c1), 0,
+                     double(l.r0),     double(l.x0)};
 }
 
 // Both ends of a computed fault, with the data windows half a cycle after the inception.
@@ -78,13 +70,6 @@ struct FaultPair
     EndRecording n{"End N"};
     FaultLine line;
 };
-
-std::vector<float> Step(int count, int at, float before, float after)
-{
-    std::vector<float> x(size_t(count), before);
-    std::fill(x.begin() + at, x.end(), after);
-    return x;
-}
 
 } // namespace
 
@@ -171,7 +156,9 @@ TEST(FaultLoc, DataWindowRules)
     // A jump of 10 at sample 100 of a 1 kHz channel (20 points a cycle): three samples in a row
     // from 100 on differ from the cycle before, so the jump is the sample before them.
     EndRecording step("End M", 1000.0f, 400);
-    const CChnMapAnalog &x = step.rec.add(Step(400, 100, 0.0f, 10.0f));
+    std::vector<float> jump(400, 0.0f);
+    std::fill(jump.begin() + 100, jump.end(), 10.0f);
+    const CChnMapAnalog &x = step.rec.add(jump);
     const RateSegment segment{1000.0f, 0, 400};
     EXPECT_EQ(FirstJump(x, segment, 0.75f, 3, -1), 99);
     EXPECT_EQ(FirstJump(x, segment, 0.75f, 3, 117), 116);
@@ -182,20 +169,11 @@ TEST(FaultLoc, DataWindowRules)
 TEST(FaultLoc, AutomaticWindowFollowsTheFaultCurrent)
 {
     linefault::Case c;
-    c.x = 60;
     FaultPair pair(c);
-    const int p = PointsPerWindow(pair.m.end);
-    EXPECT_EQ(p, 200);
-    int edge = -1, settled = -1;
-    ASSERT_TRUE(FaultEdgeOfEnd(pair.m.end, pair.m.end.segment, edge, settled));
-    EXPECT_GE(edge, kFaultAt - 1);
-    EXPECT_LT(edge, kFaultAt + p / 4);
     const int start = AutoDataWindow(pair.m.end);
     EXPECT_EQ(pair.m.end.StartPoint, start);
-    EXPECT_GE(start, kFaultAt - 5);
-    EXPECT_LE(start, kFaultAt + p);
-
-    // Without any change of current the window stays at the trigger point.
+    EXPECT_NEAR(start, kFaultAt, 5); // a cycle before the current settles, a cycle after the inception
+    // Without any change of current the window stays at the trigger point, at least sample 1.
     EndRecording quiet("End N");
     for (int k = 0; k < 3; ++k)
         quiet.end.current[0][k] = quiet.end.voltage[k] = &quiet.rec.add(std::vector<float>(kPoints, 1.0f));
@@ -203,34 +181,6 @@ TEST(FaultLoc, AutomaticWindowFollowsTheFaultCurrent)
     EXPECT_EQ(AutoDataWindow(quiet.end), 700);
     quiet.rec.file.triggerIndex = -1;
     EXPECT_EQ(AutoDataWindow(quiet.end), 1);
-}
-
-TEST(FaultLoc, FirstDifferencePhasorsDropTheOffsetAndWeighTheGroups)
-{
-    EndRecording r("End M", 1000.0f, 200);
-    std::vector<float> a(200), b(200);
-    for (int k = 0; k < 200; ++k) {
-        a[size_t(k)] = float(7 + 100 * std::sin(2 * M_PI * k / 20 + 0.5));
-        b[size_t(k)] = float(-3 + 10 * std::sin(2 * M_PI * k / 20 - 1.0));
-    }
-    for (int p = 0; p < 3; ++p) {
-        r.end.voltage[p] = &r.rec.add(a);
-        r.end.current[0][p] = &r.rec.add(a, "A");
-    }
-    r.end.current[1][1] = &r.rec.add(b, "A");
-    r.end.weight[1] = -2;
-    ASSERT_TRUE(CheckWindow(r.end, 40, true));
-    ComplexD u[3], i[3];
-    ASSERT_EQ(EndPhasors(r.end, 40, u, i), EndOk);
-    // The difference of a sine leads it by 90° less half a sample.
-    const double lead = M_PI / 2 - M_PI / 20;
-    const double angle = 2 * M_PI * 40 / 20 + 0.5 + lead;
-    EXPECT_TRUE(NearRelative(std::hypot(u[0].re, u[0].im), 100, 1e-5));
-    EXPECT_NEAR(std::atan2(u[0].im, u[0].re), std::remainder(angle, 2 * M_PI), 1e-5);
-    // Phase B: a − 2·b, as phasors 100∠0.5 − 20∠−1.0.
-    const std::complex<double> want = std::polar(100.0, 0.5) - std::polar(20.0, -1.0);
-    EXPECT_TRUE(NearRelative(std::hypot(i[1].re, i[1].im), std::abs(want), 1e-5));
-    EXPECT_EQ(EndPhasors(r.end, 0, u, i), EndWindowInvalid);
 }
 
 TEST(FaultLoc, ChecksAndCodes)
@@ -248,36 +198,24 @@ TEST(FaultLoc, ChecksAndCodes)
     EXPECT_FALSE(CheckFaultEnd(pair.m.end, messages));
     EXPECT_EQ(messages.last(), QStringLiteral("End M: Kf=1.000, Invalid!"));
     pair.m.end.Kf = 0.15f;
-    pair.m.end.tvPrimary = 0.4f;
-    EXPECT_FALSE(CheckFaultEnd(pair.m.end, messages));
-    EXPECT_EQ(messages.last(), QStringLiteral("End M: Primary of TV=0.000(kV), Invalid!"));
     EXPECT_FALSE(CheckFaultLine(FaultLine{10, 0.1, 0.4, 0.0}, messages));
     EXPECT_EQ(messages.last(), QStringLiteral("[C1 = 0.0000] Invalid!"));
-    pair.m.end.tvPrimary = 220000.0f;
 
     FaultSolver s;
-    const struct
-    {
-        double length, r1, x1, c1;
-        int code;
-        const char *text;
-    } lines[] = {{0.2, 0.03, 0.3, 0.01, 9, "Line Length Invalid!"},
-                 {100, 0.0, 0.3, 0.01, 1, "R1 Invalid!"},
-                 {100, 0.03, 1e-7, 0.01, 2, "X1 Invalid!"},
-                 {100, 0.03, 0.3, -1, 3, "C1 Invalid!"}};
-    for (const auto &l : lines) {
-        const int code = LocateFault(pair.m.end, pair.n.end, FaultLine{l.length, l.r1, l.x1, l.c1}, s);
-        EXPECT_EQ(code, int(0x30000000u) + l.code);
-        EXPECT_EQ(
-            FaultReport(code, pair.m.end, pair.n.end, s),
-            (QStringList{QStringLiteral("Analising failed:"), QStringLiteral("\tERROR CODE = %1").arg(l.code),
-                         QStringLiteral("\tERROE DESCR: ") + QLatin1String(l.text)}));
-    }
+    int code = LocateFault(pair.m.end, pair.n.end, FaultLine{0.2, 0.03, 0.3, 0.01}, s);
+    EXPECT_EQ(code, int(0x30000009u));
+    EXPECT_EQ(FaultReport(code, pair.m.end, pair.n.end, s),
+              (QStringList{QStringLiteral("Analising failed:"), QStringLiteral("\tERROR CODE = 9"),
+                           QStringLiteral("\tERROE DESCR: Line Length Invalid!")}));
+    EXPECT_EQ(LocateFault(pair.m.end, pair.n.end, FaultLine{100, 0.0, 0.3, 0.01}, s), int(0x30000001u));
+    EXPECT_EQ(LocateFault(pair.m.end, pair.n.end, FaultLine{100, 0.03, 1e-7, 0.01}, s), int(0x30000002u));
+    EXPECT_EQ(LocateFault(pair.m.end, pair.n.end, FaultLine{100, 0.03, 0.3, -1}, s), int(0x30000003u));
+    EXPECT_EQ(FaultErrorText(0x30000003), QStringLiteral("C1 Invalid!"));
     pair.n.end.taSecondary = 0.0f; // 0 over 0: no ratio
     pair.n.end.taPrimary = 0.0f;
     EXPECT_EQ(LocateFault(pair.m.end, pair.n.end, pair.line, s), int(0x3000000Bu));
     pair.n.end.StartPoint = 0;
-    const int code = LocateFault(pair.m.end, pair.n.end, pair.line, s);
+    code = LocateFault(pair.m.end, pair.n.end, pair.line, s);
     EXPECT_EQ(code, int(0x20000002u));
     EXPECT_EQ(
         FaultReport(code, pair.m.end, pair.n.end, s),
@@ -306,11 +244,6 @@ TEST(FaultLoc, ComputedFaultsAreFoundAgain)
         ASSERT_EQ(LocateFault(pair.m.end, pair.n.end, pair.line, s), 0) << double(f.x);
         EXPECT_NEAR(s.position, double(f.x), 0.01) << int(f.kind);
         EXPECT_LT(s.fDelta, 0.01f);
-        const QStringList report = FaultReport(0, pair.m.end, pair.n.end, s);
-        ASSERT_EQ(report.size(), 8);
-        EXPECT_EQ(report[1], QStringLiteral("\tFile: End M.cfg"));
-        EXPECT_EQ(report[3], QStringLiteral("\nParameters of End N:"));
-        EXPECT_EQ(report[7], QString::asprintf("\tPosition(from End M) = %.3fkm", s.position));
     }
 }
 
