@@ -4,6 +4,7 @@
 #include "convertverb.h"
 #include "deriveverb.h"
 #include "infoverb.h"
+#include "locateverb.h"
 #include "phasorsverb.h"
 #include "samplesverb.h"
 #include "saveinfverb.h"
@@ -41,7 +42,13 @@ void printUsage(FILE *out)
                  "          | --job harm --order K --part 0|1|2 | --job hamming --end-freq F --length L\n"
                  "          | --job diff | --job freq-x0 | --job freq-dft\n"
                  "      the curve of a virtual channel derived from one channel: name, unit, rated\n"
-                 "      frequency and one value per sample\n");
+                 "      frequency and one value per sample\n"
+                 "  locate --json --line LENGTH,R1,X1,C1[,R0,X0] --m PATH --m-channels UA,UB,UC,IA,IB,IC\n"
+                 "         [--m-channels2 IA2,IB2,IC2] [--m-weights W1,W2] --m-tv PRIMARY_KV,SECONDARY_V\n"
+                 "         --m-ta PRIMARY_A,SECONDARY_A [--m-kf KF] [--m-start SAMPLE] --n PATH ... (the same\n"
+                 "         with --n-)\n"
+                 "      distance to a short circuit from the recordings of both line ends; exit 1 when the\n"
+                 "      location fails (its code and report are printed)\n");
 }
 
 } // namespace
@@ -68,6 +75,8 @@ int main(int argc, char **argv)
         return RunUnits(argc - 2, argv + 2);
     if (std::strcmp(verb, "derive") == 0)
         return RunDerive(argc - 2, argv + 2);
+    if (std::strcmp(verb, "locate") == 0)
+        return RunLocate(argc - 2, argv + 2);
     if (std::strcmp(verb, "--help") == 0 || std::strcmp(verb, "help") == 0) {
         printUsage(stdout);
         return 0;
