@@ -60,8 +60,14 @@ std::vector<ObjectType> objectTypes(int kind)
     }
 }
 
+// The shortest text that reads back as the same float: 0.07 rather than 0.0700000003.
 QString numberText(float value)
 {
+    for (int digits = 6; digits < 9; ++digits) {
+        const QString text = QString::number(double(value), 'g', digits);
+        if (text.toFloat() == value)
+            return text;
+    }
     return QString::number(double(value), 'g', 9);
 }
 
