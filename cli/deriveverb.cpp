@@ -198,12 +198,9 @@ void writeCurve(const CCmtd99File &file, const CChnMapAnalog &source, const Seri
     const SeriesJobTraits traits = SeriesJobResultTraits(source, params);
     JsonWriter json;
     json.beginObject();
-    json.key("name");
-    json.value(SeriesJobDefaultName(file.Text(source.Name()), params));
-    json.key("unit");
-    json.value(file.Text(source.config ? source.config->uu : QByteArray()));
-    json.key("ratedFreq");
-    json.valueFloat(traits.ratedFreq);
+    json.field("name", SeriesJobDefaultName(file.Text(source.Name()), params));
+    json.field("unit", file.Text(source.config ? source.config->uu : QByteArray()));
+    json.fieldFloat("ratedFreq", traits.ratedFreq);
     json.key("values");
     json.beginArray();
     for (int i = 0; i < count; ++i)

@@ -28,13 +28,10 @@ void writeMessages(JsonWriter &json, const CCmtd99File &file, const char *name,
     for (const LoadMessage &message : messages) {
         json.beginObject();
         if (!source.isEmpty()) {
-            json.key("file");
-            json.value(QString::fromLocal8Bit(source));
+            json.field("file", QString::fromLocal8Bit(source));
         }
-        json.key("line");
-        json.value(message.line);
-        json.key("text");
-        json.value(file.Text(message.text));
+        json.field("line", message.line);
+        json.field("text", file.Text(message.text));
         json.endObject();
     }
     json.endArray();
@@ -94,27 +91,18 @@ namespace {
 void writeRecordingJson(JsonWriter &json, const char *path, const CCmtd99File &file, bool loadOk)
 {
     const CmtdFileDescription &d = file.fileDesc;
-    json.key("file");
-    json.value(QString::fromLocal8Bit(path));
-    json.key("loadOk");
-    json.value(loadOk);
-    json.key("validationMask");
-    json.value(file.validationMask);
-    json.key("encoding");
-    json.value(file.codecName.constData());
+    json.field("file", QString::fromLocal8Bit(path));
+    json.field("loadOk", loadOk);
+    json.field("validationMask", file.validationMask);
+    json.field("encoding", file.codecName.constData());
     writeText(json, file, "station", d.stationName);
     writeText(json, file, "device", d.recDevId);
     writeText(json, file, "revYear", d.revYear);
-    json.key("lineFreq");
-    json.valueFloat(d.lineFreq);
-    json.key("totalChannels");
-    json.value(int(d.totalChannels));
-    json.key("analogCount");
-    json.value(int(d.analogCount));
-    json.key("statusCount");
-    json.value(int(d.statusCount));
-    json.key("rateCount");
-    json.value(int(d.rateCount));
+    json.fieldFloat("lineFreq", d.lineFreq);
+    json.field("totalChannels", int(d.totalChannels));
+    json.field("analogCount", int(d.analogCount));
+    json.field("statusCount", int(d.statusCount));
+    json.field("rateCount", int(d.rateCount));
 }
 
 // The segments as the ".cfg" wrote them (no start) or as the loader made them.
@@ -125,16 +113,12 @@ void writeSegmentsJson(JsonWriter &json, const char *name, const std::vector<Sam
     json.beginArray();
     for (const SampleSegment &s : segments) {
         json.beginObject();
-        json.key("index");
-        json.value(int(s.index));
-        json.key("rate");
-        json.valueFloat(s.rate);
+        json.field("index", int(s.index));
+        json.fieldFloat("rate", s.rate);
         if (withStart) {
-            json.key("start");
-            json.value(s.start);
+            json.field("start", s.start);
         }
-        json.key("end");
-        json.value(s.end);
+        json.field("end", s.end);
         json.endObject();
     }
     json.endArray();
@@ -143,19 +127,13 @@ void writeSegmentsJson(JsonWriter &json, const char *name, const std::vector<Sam
 void writeTimingJson(JsonWriter &json, const CCmtd99File &file)
 {
     const CmtdFileDescription &d = file.fileDesc;
-    json.key("pointCount");
-    json.value(file.pointCount);
-    json.key("loadedPoints");
-    json.value(file.loadedPoints);
-    json.key("triggerIndex");
-    json.value(file.triggerIndex);
-    json.key("startTime");
-    json.value(stampText(d.startTime).constData());
-    json.key("triggerTime");
-    json.value(stampText(d.triggerTime).constData());
+    json.field("pointCount", file.pointCount);
+    json.field("loadedPoints", file.loadedPoints);
+    json.field("triggerIndex", file.triggerIndex);
+    json.field("startTime", stampText(d.startTime).constData());
+    json.field("triggerTime", stampText(d.triggerTime).constData());
     writeText(json, file, "fileType", d.fileType);
-    json.key("timeMult");
-    json.valueFloat(d.timeMult);
+    json.fieldFloat("timeMult", d.timeMult);
 }
 
 void writeAnalogJson(JsonWriter &json, const CCmtd99File &file)
@@ -164,42 +142,27 @@ void writeAnalogJson(JsonWriter &json, const CCmtd99File &file)
     json.beginArray();
     for (const auto &c : file.analogChannels) {
         json.beginObject();
-        json.key("index");
-        json.value(int(c->index));
+        json.field("index", int(c->index));
         writeText(json, file, "id", c->ch_id);
         writeText(json, file, "ph", c->ph);
         writeText(json, file, "ccbm", c->ccbm);
         writeText(json, file, "uu", c->uu);
-        json.key("a");
-        json.valueFloat(c->a);
-        json.key("b");
-        json.valueFloat(c->b);
-        json.key("skew");
-        json.valueFloat(c->skew);
-        json.key("min");
-        json.valueFloat(c->min);
-        json.key("max");
-        json.valueFloat(c->max);
-        json.key("primary");
-        json.valueFloat(c->primary);
-        json.key("secondary");
-        json.valueFloat(c->secondary);
+        json.fieldFloat("a", c->a);
+        json.fieldFloat("b", c->b);
+        json.fieldFloat("skew", c->skew);
+        json.fieldFloat("min", c->min);
+        json.fieldFloat("max", c->max);
+        json.fieldFloat("primary", c->primary);
+        json.fieldFloat("secondary", c->secondary);
         const char ps[2] = {c->ps, 0};
-        json.key("ps");
-        json.value(ps);
-        json.key("flags");
-        json.value(static_cast<long long>(c->flags));
+        json.field("ps", ps);
+        json.field("flags", static_cast<long long>(c->flags));
         if (const CChnMapAnalog *map = file.FindAnalogMap(c->index)) {
-            json.key("class");
-            json.value(int(map->Class()));
-            json.key("phase");
-            json.value(int(map->Phase()));
-            json.key("ratedFreq");
-            json.valueFloat(c->ratedFreq);
-            json.key("valueMax");
-            json.valueFloat(map->maxValue);
-            json.key("valueMin");
-            json.valueFloat(map->minValue);
+            json.field("class", int(map->Class()));
+            json.field("phase", int(map->Phase()));
+            json.fieldFloat("ratedFreq", c->ratedFreq);
+            json.fieldFloat("valueMax", map->maxValue);
+            json.fieldFloat("valueMin", map->minValue);
         }
         json.endObject();
     }
@@ -212,18 +175,14 @@ void writeStatusJson(JsonWriter &json, const CCmtd99File &file)
     json.beginArray();
     for (const auto &c : file.statusChannels) {
         json.beginObject();
-        json.key("index");
-        json.value(int(c->index));
+        json.field("index", int(c->index));
         writeText(json, file, "id", c->ch_id);
         writeText(json, file, "ph", c->ph);
         writeText(json, file, "ccbm", c->ccbm);
-        json.key("y");
-        json.value(int(c->normalState));
-        json.key("flags");
-        json.value(static_cast<long long>(c->flags));
+        json.field("y", int(c->normalState));
+        json.field("flags", static_cast<long long>(c->flags));
         if (const CChnMapStatus *map = file.FindStatusMap(c->index)) {
-            json.key("changed");
-            json.value((map->flags & CChnMapBase::FlagShifts) != 0);
+            json.field("changed", (map->flags & CChnMapBase::FlagShifts) != 0);
         }
         json.endObject();
     }
@@ -244,26 +203,19 @@ void writeKeysJson(JsonWriter &json, const CCmtd99File &file, const InfKeyValueL
 void writeRecordInfoJson(JsonWriter &json, const CCmtd99File &file)
 {
     const InfRecordInfo &info = file.recordInfo;
-    json.key("infVersion");
-    json.value(int(file.infVersion));
+    json.field("infVersion", int(file.infVersion));
     json.key("recordInfo");
     json.beginObject();
-    json.key("flags");
-    json.value(info.flags);
+    json.field("flags", info.flags);
     writeText(json, file, "source", info.source);
     writeText(json, file, "versionTag", info.versionTag);
     writeText(json, file, "recordInfo", info.recordInfo);
     writeText(json, file, "location", info.location);
-    json.key("maxCurrent");
-    json.valueFloat(info.maxCurrent);
-    json.key("minCurrent");
-    json.valueFloat(info.minCurrent);
-    json.key("maxVoltage");
-    json.valueFloat(info.maxVoltage);
-    json.key("minVoltage");
-    json.valueFloat(info.minVoltage);
-    json.key("eventNoteCount");
-    json.value(info.eventNoteCount);
+    json.fieldFloat("maxCurrent", info.maxCurrent);
+    json.fieldFloat("minCurrent", info.minCurrent);
+    json.fieldFloat("maxVoltage", info.maxVoltage);
+    json.fieldFloat("minVoltage", info.minVoltage);
+    json.field("eventNoteCount", info.eventNoteCount);
     writeKeysJson(json, file, info.otherKeys);
     json.endObject();
 }
@@ -274,18 +226,13 @@ void writeInfRecordsJson(JsonWriter &json, const CCmtd99File &file)
     json.beginArray();
     for (const InfStatusEvent &e : file.statusEvents) {
         json.beginObject();
-        json.key("flags");
-        json.value(e.flags);
-        json.key("channelIndex");
-        json.value(int(e.channelIndex));
+        json.field("flags", e.flags);
+        json.field("channelIndex", int(e.channelIndex));
         writeText(json, file, "channelName", e.channelName);
         writeText(json, file, "status", e.status);
-        json.key("tripPoint");
-        json.value(e.tripPoint);
-        json.key("tripTimeMs");
-        json.value(e.tripTimeMs);
-        json.key("tripTimeFrac");
-        json.value(e.tripTimeFrac);
+        json.field("tripPoint", e.tripPoint);
+        json.field("tripTimeMs", e.tripTimeMs);
+        json.field("tripTimeFrac", e.tripTimeFrac);
         json.endObject();
     }
     json.endArray();
@@ -296,14 +243,10 @@ void writeInfRecordsJson(JsonWriter &json, const CCmtd99File &file)
         json.key("channelType");
         const char type[2] = {static_cast<char>(c.channelType), 0};
         json.value(type);
-        json.key("channelIndex");
-        json.value(int(c.channelIndex));
-        json.key("sampleIndex");
-        json.value(c.sampleIndex);
-        json.key("posX");
-        json.value(c.posX);
-        json.key("posY");
-        json.value(c.posY);
+        json.field("channelIndex", int(c.channelIndex));
+        json.field("sampleIndex", c.sampleIndex);
+        json.field("posX", c.posX);
+        json.field("posY", c.posY);
         writeText(json, file, "text", c.text);
         json.endObject();
     }
@@ -313,8 +256,7 @@ void writeInfRecordsJson(JsonWriter &json, const CCmtd99File &file)
     for (const QByteArray &line : file.expressionLines)
         json.value(file.Text(line));
     json.endArray();
-    json.key("customT0");
-    json.value(file.customT0);
+    json.field("customT0", file.customT0);
     json.key("rawSections");
     json.beginArray();
     for (const InfRawSection &section : file.foreignSections)

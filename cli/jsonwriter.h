@@ -29,6 +29,23 @@ public:
     void valueDouble(double number);
     void null();
 
+    // A member of the open object: its key, then its value as above.
+    template <typename T> void field(const char *name, const T &v)
+    {
+        key(name);
+        value(v);
+    }
+    void fieldFloat(const char *name, float number)
+    {
+        key(name);
+        valueFloat(number);
+    }
+    void fieldDouble(const char *name, double number)
+    {
+        key(name);
+        valueDouble(number);
+    }
+
     const std::string &text() const { return m_out; }
 
 private:

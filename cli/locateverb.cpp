@@ -224,22 +224,17 @@ bool PlaceWindow(const EndOptions &o, FaultEnd &end)
 void writeEnd(JsonWriter &json, const FaultEnd &end)
 {
     json.beginObject();
-    json.key("start");
-    json.value(end.StartPoint);
-    json.key("ppw");
-    json.value(PointsPerWindow(end));
-    json.key("rate");
-    json.valueFloat(end.segment.rate);
+    json.field("start", end.StartPoint);
+    json.field("ppw", PointsPerWindow(end));
+    json.fieldFloat("rate", end.segment.rate);
     json.endObject();
 }
 
 void writeEstimate(JsonWriter &json, const SingleEndedEstimate &estimate)
 {
     json.beginObject();
-    json.key("reactanceKm");
-    json.valueDouble(estimate.reactanceKm);
-    json.key("takagiKm");
-    json.valueDouble(estimate.takagiKm);
+    json.fieldDouble("reactanceKm", estimate.reactanceKm);
+    json.fieldDouble("takagiKm", estimate.takagiKm);
     json.endObject();
 }
 
@@ -247,10 +242,8 @@ void writeResult(const FaultEnd ends[2], const FaultLine &line, int code, const 
 {
     JsonWriter json;
     json.beginObject();
-    json.key("code");
-    json.value(code);
-    json.key("positionKm");
-    json.valueDouble(code == 0 ? solver.position : std::numeric_limits<double>::quiet_NaN());
+    json.field("code", code);
+    json.fieldDouble("positionKm", code == 0 ? solver.position : std::numeric_limits<double>::quiet_NaN());
     json.key("fDelta");
     if (!solver.passes.empty()) // the search ran, with or without a solution
         json.valueFloat(solver.fDelta);

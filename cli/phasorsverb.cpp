@@ -107,29 +107,20 @@ void writeChannel(JsonWriter &json, const CCmtd99File &file, const CChnMapAnalog
     const ChnCursorValue value = ChnCursorValueAt(file, map, cursor);
     const bool phasor = value.flags & ChnCursorValue::HasPhasor;
     json.beginObject();
-    json.key("index");
-    json.value(map.Index());
-    json.key("name");
-    json.value(file.Text(map.Name()));
-    json.key("windowStart");
-    json.value(value.windowStart);
-    json.key("n");
-    json.value(value.n);
-    json.key("step");
-    json.value(value.step);
-    json.key("code");
-    json.value(value.code);
-    json.key("re");
-    json.valueDouble(value.phasor.re);
-    json.key("im");
-    json.valueDouble(value.phasor.im);
+    json.field("index", map.Index());
+    json.field("name", file.Text(map.Name()));
+    json.field("windowStart", value.windowStart);
+    json.field("n", value.n);
+    json.field("step", value.step);
+    json.field("code", value.code);
+    json.fieldDouble("re", value.phasor.re);
+    json.fieldDouble("im", value.phasor.im);
     writeNumberOrNull(json, "effective", phasor, phasor ? Effective(value.phasor) : 0.0);
     writeNumberOrNull(json, "realEffective", value.flags & ChnCursorValue::HasValue, value.effective);
     writeNumberOrNull(json, "mean", value.flags & ChnCursorValue::HasMean, value.phasor.re);
     writeNumberOrNull(json, "angleDeg", phasor,
                       std::atan2(value.phasor.im, value.phasor.re) * 57.29577957855229);
-    json.key("text");
-    json.value(file.Text(ValueText(map, value, cursor, flags)));
+    json.field("text", file.Text(ValueText(map, value, cursor, flags)));
     json.endObject();
 }
 
@@ -153,10 +144,8 @@ int RunPhasors(int argc, char **argv)
     const uint32_t flags = DisplayBaseEffective | (o.primary ? DisplayPrimary : 0u);
     JsonWriter json;
     json.beginObject();
-    json.key("at");
-    json.value(cursor);
-    json.key("time");
-    json.value(static_cast<long long>(file.sampleTimes[cursor]));
+    json.field("at", cursor);
+    json.field("time", static_cast<long long>(file.sampleTimes[cursor]));
     json.key("channels");
     json.beginArray();
     for (const auto &map : file.analogMaps)

@@ -29,12 +29,9 @@ void text(JsonWriter &json, const CCmtd99File &file, const char *key, const QByt
 
 void writeBase(JsonWriter &json, const CCmtd99File &file, const CmtdInfTrwk_Unit &unit)
 {
-    json.key("kind");
-    json.value(int(unit.kind));
-    json.key("flags");
-    json.value(static_cast<long long>(unit.flags));
-    json.key("devId");
-    json.value(int(unit.devId));
+    json.field("kind", int(unit.kind));
+    json.field("flags", static_cast<long long>(unit.flags));
+    json.field("devId", int(unit.devId));
     text(json, file, "name", unit.name);
     text(json, file, "sysId", unit.sysId);
     text(json, file, "objectType", unit.objectType);
@@ -55,8 +52,7 @@ void writeLine(JsonWriter &json, const CmtdInfTrwk_UnitLine &u)
     for (const auto &n : numbers)
         number(json, n.key, n.value);
     array(json, "taChns", u.taChns);
-    json.key("taPolarity");
-    json.value(int(u.taPolarity));
+    json.field("taPolarity", int(u.taPolarity));
     array(json, "taChns2", u.taChns2);
     json.key("tvChns");
     json.beginArray();
@@ -73,8 +69,7 @@ void writeTransformer(JsonWriter &json, const CCmtd99File &file, const CmtdInfTr
 {
     number(json, "capacity", u.capacity);
     text(json, file, "taSelfComp", u.taSelfComp);
-    json.key("windingNum");
-    json.value(int(u.windingNum));
+    json.field("windingNum", int(u.windingNum));
     const struct
     {
         const char *key;
@@ -84,14 +79,11 @@ void writeTransformer(JsonWriter &json, const CCmtd99File &file, const CmtdInfTr
     for (const auto &s : sides) {
         json.key(s.key);
         json.beginObject();
-        json.key("flags");
-        json.value(static_cast<long long>(s.side.flags));
+        json.field("flags", static_cast<long long>(s.side.flags));
         text(json, file, "windingText", s.side.windingText);
-        json.key("windingMode");
-        json.value(int(s.side.windingMode));
+        json.field("windingMode", int(s.side.windingMode));
         number(json, "ratedKv", s.side.ratedKv);
-        json.key("branchNum");
-        json.value(int(s.side.branchNum));
+        json.field("branchNum", int(s.side.branchNum));
         array(json, "tv", s.tv);
         json.endObject();
     }
@@ -108,18 +100,15 @@ void writeTransformer(JsonWriter &json, const CCmtd99File &file, const CmtdInfTr
 
 void writePower(JsonWriter &json, const CCmtd99File &file, const CmtdInfTrwk_UnitPwr &u)
 {
-    json.key("trmId");
-    json.value(int(u.trmId));
+    json.field("trmId", int(u.trmId));
     text(json, file, "trmName", u.trmName);
     number(json, "freq", u.freq);
     number(json, "capacity", u.capacity);
     number(json, "factor", u.factor);
     number(json, "v1", u.v1);
-    json.key("branchCount");
-    json.value(int(u.branchCount));
+    json.field("branchCount", int(u.branchCount));
     array(json, "branchNum", u.branchNum);
-    json.key("excitationMode");
-    json.value(int(u.excitationMode));
+    json.field("excitationMode", int(u.excitationMode));
     array(json, "taChns", u.taChns);
     array(json, "tvChns", u.tvChns);
 }
@@ -151,8 +140,7 @@ void WriteUnitsJson(JsonWriter &json, const CCmtd99File &file)
     writeList(json, file, "powers", file.powerUnits,
               [&](const CmtdInfTrwk_UnitPwr &u) { writePower(json, file, u); });
     writeList(json, file, "exciters", file.exciterUnits, [&](const CmtdInfTrwk_UnitExci &u) {
-        json.key("pwrId");
-        json.value(int(u.pwrId));
+        json.field("pwrId", int(u.pwrId));
         number(json, "freq", u.freq);
         number(json, "v1", u.v1);
         array(json, "taChns", u.taChns);

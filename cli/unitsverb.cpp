@@ -41,12 +41,9 @@ void addSuggestions(CCmtd99File &file, JsonWriter &json)
     json.beginArray();
     for (const Reason &reason : reasons) {
         json.beginObject();
-        json.key("kind");
-        json.value(reason.kind);
-        json.key("name");
-        json.value(reason.name);
-        json.key("reason");
-        json.value(reason.text);
+        json.field("kind", reason.kind);
+        json.field("name", reason.name);
+        json.field("reason", reason.text);
         json.endObject();
     }
     json.endArray();

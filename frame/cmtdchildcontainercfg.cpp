@@ -7,6 +7,7 @@
 #include "cmtd99file.h"
 #include "cmtdtext.h"
 #include "textcodec.h"
+#include "unitedit.h"
 
 #include <QComboBox>
 #include <QCoreApplication>
@@ -475,12 +476,6 @@ QString unitData(const CmtdInfTrwk_Unit &unit)
 
 void CCmtdChildContainerCfg::showDevices(const CCmtd99File &file)
 {
-    static const char *const kKinds[] = {"",
-                                         QT_TR_NOOP("Line"),
-                                         QT_TR_NOOP("Transformer"),
-                                         QT_TR_NOOP("Generator"),
-                                         QT_TR_NOOP("Exciter"),
-                                         QT_TR_NOOP("Channel Group")};
     m_devices->setRowCount(0);
     auto add = [&](const CmtdInfTrwk_Unit &unit) {
         QStringList analog, status;
@@ -494,7 +489,7 @@ void CCmtdChildContainerCfg::showDevices(const CCmtd99File &file)
         }
         const int row = m_devices->rowCount();
         m_devices->insertRow(row);
-        const QString cells[] = {tr(kKinds[qBound(0, int(unit.kind), 5)]),
+        const QString cells[] = {QCoreApplication::translate("UnitKind", UnitKindText(unit.kind)),
                                  unit.devId > 0 ? QString::number(unit.devId) : QString(),
                                  file.Text(unit.name),
                                  unitData(unit),

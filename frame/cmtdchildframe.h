@@ -138,6 +138,9 @@ private:
     // One undo step from `before` to the units as they are now; shows `select` in the wave.
     void commitUnitChange(UnitSnapshot before, const QString &undoText, const CmtdInfTrwk_Unit *select);
     void showUnitChannels(const CmtdInfTrwk_Unit *unit);
+    // The recording is modified; the selector, the waves and the pages show the units anew,
+    // with `select` chosen (or "[All Device]").
+    void showUnitsChanged(const CmtdInfTrwk_Unit *select);
     bool saveExactCopy(const QString &path, const ExactCopyFormat &format);
     enum class SaveKind
     {

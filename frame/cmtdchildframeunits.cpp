@@ -180,6 +180,17 @@ void CCmtdChildFrame::commitUnitChange(UnitSnapshot before, const QString &undoT
                                        const CmtdInfTrwk_Unit *select)
 {
     m_undo.push(new UnitChangeCommand(this, std::move(before), TakeUnitSnapshot(m_file), undoText));
+    showUnitsChanged(select);
+}
+
+void CCmtdChildFrame::restoreUnits(const UnitSnapshot &snapshot)
+{
+    RestoreUnitSnapshot(m_file, snapshot);
+    showUnitsChanged(nullptr);
+}
+
+void CCmtdChildFrame::showUnitsChanged(const CmtdInfTrwk_Unit *select)
+{
     setModified(true);
     m_currentUnit = nullptr;
     refillUnitSelector();
@@ -188,18 +199,5 @@ void CCmtdChildFrame::commitUnitChange(UnitSnapshot before, const QString &undoT
     unitSelector->setCurrentIndex(at >= 0 ? at : 0);
     unitSelector->blockSignals(false);
     showUnitChannels(select);
-    m_cfgContainer->showRecording(m_file);
-}
-
-void CCmtdChildFrame::restoreUnits(const UnitSnapshot &snapshot)
-{
-    RestoreUnitSnapshot(m_file, snapshot);
-    setModified(true);
-    m_currentUnit = nullptr;
-    refillUnitSelector();
-    unitSelector->blockSignals(true);
-    unitSelector->setCurrentIndex(0);
-    unitSelector->blockSignals(false);
-    showUnitChannels(nullptr);
     m_cfgContainer->showRecording(m_file);
 }

@@ -306,13 +306,7 @@ void CUnitSetupDialog::addPowerFields(QFormLayout *form)
     m_igtDir->addItems({tr("Out Generator"), tr("Into Generator")});
     m_igtDir->setCurrentIndex(u.igtDir ? 1 : 0);
     form->addRow(tr("Terminal current:"), m_igtDir);
-    m_partner = new QComboBox(form->parentWidget());
-    m_partner->addItem(tr("[None]"), QVariant());
-    for (const auto &t : m_file.transformerUnits)
-        m_partner->addItem(m_file.Text(t->name), QVariant::fromValue(reinterpret_cast<quintptr>(t.get())));
-    const int at = m_partner->findText(m_file.Text(u.trmName));
-    m_partner->setCurrentIndex(at > 0 ? at : 0);
-    form->addRow(tr("Main transformer:"), m_partner);
+    addPartnerChoice(form, tr("Main transformer:"), m_file.transformerUnits, u.trmName);
 }
 
 void CUnitSetupDialog::addExciterFields(QFormLayout *form)
@@ -320,13 +314,21 @@ void CUnitSetupDialog::addExciterFields(QFormLayout *form)
     auto &u = static_cast<CmtdInfTrwk_UnitExci &>(*m_unit);
     addNumber(form, QT_TR_NOOP("Rated frequency"), "Hz", &u.freq);
     addNumber(form, QT_TR_NOOP("Rated voltage"), "kV", &u.v1);
+    addPartnerChoice(form, tr("Generator:"), m_file.powerUnits, u.pwrName);
+}
+
+template <typename Units>
+void CUnitSetupDialog::addPartnerChoice(QFormLayout *form, const QString &label, const Units &units,
+                                        const QByteArray &current)
+{
     m_partner = new QComboBox(form->parentWidget());
     m_partner->addItem(tr("[None]"), QVariant());
-    for (const auto &g : m_file.powerUnits)
-        m_partner->addItem(m_file.Text(g->name), QVariant::fromValue(reinterpret_cast<quintptr>(g.get())));
-    const int at = m_partner->findText(m_file.Text(u.pwrName));
+    for (const auto &unit : units)
+        m_partner->addItem(m_file.Text(unit->name),
+                           QVariant::fromValue(reinterpret_cast<quintptr>(unit.get())));
+    const int at = m_partner->findText(m_file.Text(current));
     m_partner->setCurrentIndex(at > 0 ? at : 0);
-    form->addRow(tr("Generator:"), m_partner);
+    form->addRow(label, m_partner);
 }
 
 QWidget *CUnitSetupDialog::makeRolesPage()
@@ -347,13 +349,7 @@ QWidget *CUnitSetupDialog::makeRolesPage()
     layout->addWidget(m_allChannels);
     fillRolePickers();
     connect(m_allChannels, &QCheckBox::toggled, this, [this] {
-        // Keep what was picked while the lists change.
-        for (int r = 0; r < m_roles->rowCount(); ++r) {
-            for (int c = 0; c < m_roleList[size_t(r)].count; ++c) {
-                if (auto *combo = qobject_cast<QComboBox *>(m_roles->cellWidget(r, c)))
-                    m_roleList[size_t(r)].places[c] = int16_t(combo->currentData().toInt());
-            }
-        }
+        readRolePickers(); // keep what was picked while the lists change
         fillRolePickers();
     });
     return page;
@@ -382,6 +378,16 @@ void CUnitSetupDialog::fillRolePickers()
             const int at = combo->findData(int(role.places[c]));
             combo->setCurrentIndex(at >= 0 ? at : 0);
             m_roles->setCellWidget(r, c, combo);
+        }
+    }
+}
+
+void CUnitSetupDialog::readRolePickers()
+{
+    for (int r = 0; m_roles && r < m_roles->rowCount(); ++r) {
+        for (int c = 0; c < m_roleList[size_t(r)].count; ++c) {
+            if (auto *combo = qobject_cast<QComboBox *>(m_roles->cellWidget(r, c)))
+                m_roleList[size_t(r)].places[c] = int16_t(combo->currentData().toInt());
         }
     }
 }
@@ -459,6 +465,9 @@ bool CUnitSetupDialog::collect(QStringList *problems)
     };
     for (const NumberField &field : m_numbers)
         number(field.edit, tr(field.label), field.target);
+    const auto *partner =
+        m_partner ? reinterpret_cast<const CmtdInfTrwk_Unit *>(m_partner->currentData().value<quintptr>())
+                  : nullptr;
     if (u.kind == CmtdInfTrwk_Unit::KindLine) {
         auto &l = static_cast<CmtdInfTrwk_UnitLine &>(u);
         l.taPolarity = m_reversed->isChecked() ? -1 : 1;
@@ -480,23 +489,14 @@ bool CUnitSetupDialog::collect(QStringList *problems)
             g.branchNum[size_t(i)] = int16_t(m_branches[i]->currentIndex());
         g.excitationMode = int16_t(m_excitation->currentIndex());
         g.igtDir = int16_t(m_igtDir->currentIndex());
-        const auto *partner =
-            reinterpret_cast<const CmtdInfTrwk_Unit *>(m_partner->currentData().value<quintptr>());
         g.trmId = partner ? partner->devId : -1;
         g.trmName = partner ? partner->name : QByteArray();
     } else if (u.kind == CmtdInfTrwk_Unit::KindExciter) {
         auto &e = static_cast<CmtdInfTrwk_UnitExci &>(u);
-        const auto *partner =
-            reinterpret_cast<const CmtdInfTrwk_Unit *>(m_partner->currentData().value<quintptr>());
         e.pwrId = partner ? partner->devId : -1;
         e.pwrName = partner ? partner->name : QByteArray();
     }
-    for (int r = 0; m_roles && r < m_roles->rowCount(); ++r) {
-        for (int c = 0; c < m_roleList[size_t(r)].count; ++c) {
-            if (auto *combo = qobject_cast<QComboBox *>(m_roles->cellWidget(r, c)))
-                m_roleList[size_t(r)].places[c] = int16_t(combo->currentData().toInt());
-        }
-    }
+    readRolePickers();
     u.otherAnalog = checkedIndexes(m_analogList);
     statusListOf(u, m_statusShown) = checkedIndexes(m_statusList);
     return problems->isEmpty();

@@ -56,8 +56,13 @@ private:
     void addTransformerFields(QFormLayout *form);
     void addPowerFields(QFormLayout *form);
     void addExciterFields(QFormLayout *form);
+    // The unit this one works with (a generator's main transformer, an exciter's generator).
+    template <typename Units>
+    void addPartnerChoice(QFormLayout *form, const QString &label, const Units &units,
+                          const QByteArray &current);
     QWidget *makeRolesPage();
     void fillRolePickers();
+    void readRolePickers();
     QWidget *makeListsPage();
     void fillStatusList(int which);
     // Reads every widget back into the copy; false with the reasons when a number is not one.

@@ -4,27 +4,13 @@
 #include "unitedit.h"
 #include "unitsetupdialog.h"
 
+#include <QCoreApplication>
 #include <QDialogButtonBox>
 #include <QHeaderView>
 #include <QLabel>
 #include <QPushButton>
 #include <QTableWidget>
 #include <QVBoxLayout>
-
-namespace {
-
-const char *kindText(int kind)
-{
-    static const char *const kKinds[] = {"",
-                                         QT_TRANSLATE_NOOP("CUnitSuggestDialog", "Line"),
-                                         QT_TRANSLATE_NOOP("CUnitSuggestDialog", "Transformer"),
-                                         QT_TRANSLATE_NOOP("CUnitSuggestDialog", "Generator"),
-                                         QT_TRANSLATE_NOOP("CUnitSuggestDialog", "Exciter"),
-                                         QT_TRANSLATE_NOOP("CUnitSuggestDialog", "Channel Group")};
-    return kKinds[qBound(0, kind, 5)];
-}
-
-} // namespace
 
 CUnitSuggestDialog::CUnitSuggestDialog(const CCmtd99File &file, std::vector<UnitSuggestion> suggestions,
                                        QWidget *parent)
@@ -66,7 +52,8 @@ void CUnitSuggestDialog::fillRow(int row)
     take->setFlags(Qt::ItemIsUserCheckable | Qt::ItemIsEnabled | Qt::ItemIsSelectable);
     take->setCheckState(m_table->item(row, 0) ? m_table->item(row, 0)->checkState() : Qt::Checked);
     m_table->setItem(row, 0, take);
-    m_table->setItem(row, 1, new QTableWidgetItem(tr(kindText(s.unit->kind))));
+    m_table->setItem(
+        row, 1, new QTableWidgetItem(QCoreApplication::translate("UnitKind", UnitKindText(s.unit->kind))));
     m_table->setItem(row, 2, new QTableWidgetItem(m_file.Text(s.unit->name)));
     m_table->setItem(row, 3, new QTableWidgetItem(s.reason));
 }

@@ -55,29 +55,26 @@ void refreshStore(CCmtd99File &file, int position)
     map.updateExtent();
 }
 
-// The ratio kept in the extension file as ratings, so that it outlives a save of the ".inf":
-// kV or kA over V or A for voltage and current channels, the channel's own unit otherwise.
-void setRatingsFromRatio(CCmtd99File &file, int position, CmtdChn_Analog &record)
+// The ratio must outlive a save of the ".inf", which carries it as the channel's ratings. For a
+// voltage or current transformer the extension-file writer derives the ratings (kV or kA over V
+// or A) from a channel line ratio when none are given, so the ratings are let go; for any other
+// channel they are the ratio itself, in the channel's unit.
+void keepRatioAsRatings(CCmtd99File &file, int position, CmtdChn_Analog &record)
 {
+    constexpr uint32_t ratingBits = CmtdChn_Analog::PrimaryRatingGiven | CmtdChn_Analog::PrimaryUnitGiven |
+                                    CmtdChn_Analog::SecondaryRatingGiven | CmtdChn_Analog::SecondaryUnitGiven;
     const int16_t chnClass = position < int(file.analogMaps.size())
                                  ? file.analogMaps[size_t(position)]->Class()
                                  : int16_t(ClassOther);
     if (chnClass == ClassACV || chnClass == ClassACC) {
-        const double factor = position < int(file.analogMaps.size())
-                                  ? double(file.analogMaps[size_t(position)]->Unit().factor)
-                                  : 1.0;
-        record.primaryRating = float(factor * double(record.primary) * 0.001);
-        record.secondaryRating = float(factor * double(record.secondary));
-        record.primaryUnit = chnClass == ClassACV ? QByteArray("kV") : QByteArray("kA");
-        record.secondaryUnit = chnClass == ClassACV ? QByteArray("V") : QByteArray("A");
-    } else {
-        record.primaryRating = record.primary;
-        record.secondaryRating = record.secondary;
-        record.primaryUnit = record.uu;
-        record.secondaryUnit = record.uu;
+        record.flags &= ~ratingBits;
+        return;
     }
-    record.flags |= CmtdChn_Analog::PrimaryRatingGiven | CmtdChn_Analog::PrimaryUnitGiven |
-                    CmtdChn_Analog::SecondaryRatingGiven | CmtdChn_Analog::SecondaryUnitGiven;
+    record.primaryRating = record.primary;
+    record.secondaryRating = record.secondary;
+    record.primaryUnit = record.uu;
+    record.secondaryUnit = record.uu;
+    record.flags |= ratingBits;
 }
 
 // A ratio factor as the engineer types it: a finite number above 0.
@@ -177,7 +174,7 @@ bool setAnalogField(CCmtd99File &file, int position, CmtdChn_Analog &record, Cha
         (field == ChannelField::Primary ? record.primary : record.secondary) = factor;
         record.flags |=
             CmtdChn_Analog::PrimaryGiven | CmtdChn_Analog::SecondaryGiven | CmtdChn_Analog::PsGiven;
-        setRatingsFromRatio(file, position, record);
+        keepRatioAsRatings(file, position, record);
         refreshStore(file, position);
         return true;
     }

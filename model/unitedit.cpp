@@ -172,21 +172,8 @@ void powerBits(CmtdInfTrwk_UnitPwr &u)
     give(u.flags, P::HasX, u.xd != 0.0f || u.xq != 0.0f || u.xdTransient != 0.0f || u.xs != 0.0f);
     give(u.flags, P::HasExcitationMode, true);
     give(u.flags, P::HasIgtDir, true);
-    // The stator branches that count are packed to the front, with their current sets.
-    std::array<int16_t, 3> branches{};
-    std::array<ChannelSet, 3> sets{};
-    int16_t count = 0;
-    for (size_t i = 0; i < 3; ++i) {
-        if (u.branchNum[i] > 0) {
-            branches[size_t(count)] = u.branchNum[i];
-            sets[size_t(count)] = u.taZ[i];
-            ++count;
-        }
-    }
-    u.branchNum = branches;
-    u.taZ = sets;
-    u.branchCount = count;
-    give(u.flags, P::HasBranchNum, count > 0);
+    u.CompactBranches();
+    give(u.flags, P::HasBranchNum, u.branchCount > 0);
 }
 
 void exciterBits(CmtdInfTrwk_UnitExci &u)
@@ -232,6 +219,17 @@ bool ChannelFitsRole(const CChnMapAnalog &channel, const ChannelRole &role, int 
     return channel.Phase() == PhaseA + place;
 }
 
+const char *UnitKindText(int kind)
+{
+    static const char *const kKinds[] = {"",
+                                         QT_TRANSLATE_NOOP("UnitKind", "Line"),
+                                         QT_TRANSLATE_NOOP("UnitKind", "Transformer"),
+                                         QT_TRANSLATE_NOOP("UnitKind", "Generator"),
+                                         QT_TRANSLATE_NOOP("UnitKind", "Exciter"),
+                                         QT_TRANSLATE_NOOP("UnitKind", "Channel Group")};
+    return kind >= 1 && kind <= 5 ? kKinds[kind] : kKinds[0];
+}
+
 std::unique_ptr<CmtdInfTrwk_Unit> CloneUnit(const CmtdInfTrwk_Unit &unit)
 {
     switch (unit.kind) {
@@ -273,23 +271,18 @@ namespace {
 
 void checkChannels(const CCmtd99File &file, CmtdInfTrwk_Unit &unit, QStringList &messages)
 {
-    auto analogExists = [&file](int index) {
-        return std::any_of(file.analogChannels.begin(), file.analogChannels.end(),
-                           [index](const auto &c) { return c->index == index; });
-    };
     for (const ChannelRole &role : ChannelRolesOf(unit)) {
         for (int i = 0; i < role.count; ++i) {
-            if (role.places[i] < 0 || (role.places[i] > 0 && !analogExists(role.places[i])))
+            if (role.places[i] < 0 || (role.places[i] > 0 && !file.FindAnalogChannel(role.places[i])))
                 messages << tr("%1: there is no analog channel %2").arg(tr(role.label)).arg(role.places[i]);
         }
     }
     for (uint16_t index : unit.otherAnalog) {
-        if (!analogExists(index))
+        if (!file.FindAnalogChannel(index))
             messages << tr("There is no analog channel %1").arg(index);
     }
     for (uint16_t index : unit.statusChannels) {
-        if (!std::any_of(file.statusChannels.begin(), file.statusChannels.end(),
-                         [index](const auto &c) { return c->index == index; }))
+        if (!file.FindStatusChannel(index))
             messages << tr("There is no status channel %1").arg(index);
     }
 }
@@ -453,6 +446,24 @@ CmtdInfTrwk_Unit *place(std::vector<std::unique_ptr<Unit>> &list, std::unique_pt
     return taken;
 }
 
+// The unit goes to the list of its kind, in the place of `replacing` where that is there.
+CmtdInfTrwk_Unit *putInList(CCmtd99File &file, std::unique_ptr<CmtdInfTrwk_Unit> unit,
+                            const CmtdInfTrwk_Unit *replacing)
+{
+    switch (unit->kind) {
+    case CmtdInfTrwk_Unit::KindLine:
+        return place(file.lineUnits, std::move(unit), replacing);
+    case CmtdInfTrwk_Unit::KindTransformer:
+        return place(file.transformerUnits, std::move(unit), replacing);
+    case CmtdInfTrwk_Unit::KindPower:
+        return place(file.powerUnits, std::move(unit), replacing);
+    case CmtdInfTrwk_Unit::KindExciter:
+        return place(file.exciterUnits, std::move(unit), replacing);
+    default:
+        return place(file.groupUnits, std::move(unit), replacing);
+    }
+}
+
 } // namespace
 
 CmtdInfTrwk_Unit *InstallUnit(CCmtd99File &file, std::unique_ptr<CmtdInfTrwk_Unit> unit,
@@ -464,24 +475,7 @@ CmtdInfTrwk_Unit *InstallUnit(CCmtd99File &file, std::unique_ptr<CmtdInfTrwk_Uni
         file.RemoveUnit(const_cast<CmtdInfTrwk_Unit *>(replacing));
     SetUnitGivenBits(*unit);
     file.maxDeviceId = std::max(file.maxDeviceId, unit->devId);
-    CmtdInfTrwk_Unit *taken = nullptr;
-    switch (unit->kind) {
-    case CmtdInfTrwk_Unit::KindLine:
-        taken = place(file.lineUnits, std::move(unit), replacing);
-        break;
-    case CmtdInfTrwk_Unit::KindTransformer:
-        taken = place(file.transformerUnits, std::move(unit), replacing);
-        break;
-    case CmtdInfTrwk_Unit::KindPower:
-        taken = place(file.powerUnits, std::move(unit), replacing);
-        break;
-    case CmtdInfTrwk_Unit::KindExciter:
-        taken = place(file.exciterUnits, std::move(unit), replacing);
-        break;
-    default:
-        taken = place(file.groupUnits, std::move(unit), replacing);
-        break;
-    }
+    CmtdInfTrwk_Unit *taken = putInList(file, std::move(unit), replacing);
     file.LinkStoresToUnits();
     return taken;
 }
@@ -516,25 +510,7 @@ void RestoreUnitSnapshot(CCmtd99File &file, const UnitSnapshot &snapshot)
     file.powerUnits.clear();
     file.exciterUnits.clear();
     file.groupUnits.clear();
-    for (const auto &unit : snapshot) {
-        std::unique_ptr<CmtdInfTrwk_Unit> copy = CloneUnit(*unit);
-        switch (copy->kind) {
-        case CmtdInfTrwk_Unit::KindLine:
-            file.lineUnits.emplace_back(static_cast<CmtdInfTrwk_UnitLine *>(copy.release()));
-            break;
-        case CmtdInfTrwk_Unit::KindTransformer:
-            file.transformerUnits.emplace_back(static_cast<CmtdInfTrwk_UnitTrm *>(copy.release()));
-            break;
-        case CmtdInfTrwk_Unit::KindPower:
-            file.powerUnits.emplace_back(static_cast<CmtdInfTrwk_UnitPwr *>(copy.release()));
-            break;
-        case CmtdInfTrwk_Unit::KindExciter:
-            file.exciterUnits.emplace_back(static_cast<CmtdInfTrwk_UnitExci *>(copy.release()));
-            break;
-        default:
-            file.groupUnits.push_back(std::move(copy));
-            break;
-        }
-    }
+    for (const auto &unit : snapshot)
+        putInList(file, CloneUnit(*unit), nullptr);
     file.LinkStoresToUnits();
 }

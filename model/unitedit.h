@@ -43,6 +43,10 @@ std::vector<ChannelRole> ChannelRolesOf(CmtdInfTrwk_Unit &unit);
 // A channel of unknown phase fits any phase place, since many recorders leave it out.
 bool ChannelFitsRole(const CChnMapAnalog &channel, const ChannelRole &role, int place);
 
+// The kind's name as lists show it ("Line", "Transformer", "Generator", "Exciter", "Channel
+// Group"), a key of the translation context "UnitKind"; "" for another number.
+const char *UnitKindText(int kind);
+
 // A copy of a unit of any kind.
 std::unique_ptr<CmtdInfTrwk_Unit> CloneUnit(const CmtdInfTrwk_Unit &unit);
 // A new, empty unit of a kind (1 line ... 5 channel group); null for another number.

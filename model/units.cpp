@@ -93,3 +93,20 @@ void CCmtd99File::LinkStoresToUnits()
     for (const auto &map : statusMaps)
         map->plantUnit = map->config ? FindUnitByName(map->config->ccbm.trimmed()) : nullptr;
 }
+
+void CmtdInfTrwk_UnitPwr::CompactBranches()
+{
+    std::array<int16_t, 3> branches{};
+    std::array<ChannelSet, 3> sets{};
+    int count = 0;
+    for (size_t i = 0; i < 3; ++i) {
+        if (branchNum[i] > 0) {
+            branches[size_t(count)] = branchNum[i];
+            sets[size_t(count)] = taZ[i];
+            ++count;
+        }
+    }
+    branchNum = branches;
+    taZ = sets;
+    branchCount = static_cast<int16_t>(count);
+}

@@ -172,6 +172,9 @@ public:
 
     CmtdInfTrwk_UnitPwr() : CmtdInfTrwk_Unit(KindPower) {}
     bool UsesAnalogChannel(uint16_t index) const override;
+    // Keeps only the stator branches that count (above 0), packed to the front with their
+    // current sets; `branchCount` is their number.
+    void CompactBranches();
 
     int32_t trmId = -1;
     QByteArray trmName;

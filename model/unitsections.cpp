@@ -384,24 +384,6 @@ void readPowerKey(UnitReader &r, CmtdInfTrwk_UnitPwr &u, const InfKeyLine &line,
     }
 }
 
-// Only the stator branches that count stay, packed to the front with their current sets.
-void compactBranches(CmtdInfTrwk_UnitPwr &u)
-{
-    std::array<int16_t, 3> branches{};
-    std::array<ChannelSet, 3> sets{};
-    int count = 0;
-    for (size_t i = 0; i < 3; ++i) {
-        if (u.branchNum[i] > 0) {
-            branches[size_t(count)] = u.branchNum[i];
-            sets[size_t(count)] = u.taZ[i];
-            ++count;
-        }
-    }
-    u.branchNum = branches;
-    u.taZ = sets;
-    u.branchCount = static_cast<int16_t>(count);
-}
-
 void readExciterKey(UnitReader &r, CmtdInfTrwk_UnitExci &u, const InfKeyLine &line, const Fields &f)
 {
     using E = CmtdInfTrwk_UnitExci;
@@ -512,7 +494,7 @@ int readUnit(CCmtd99File &file, std::vector<std::unique_ptr<Unit>> &units, uint3
     }
     file.maxDeviceId = std::max(file.maxDeviceId, unit->devId);
     if constexpr (std::is_same_v<Unit, CmtdInfTrwk_UnitPwr>)
-        compactBranches(*unit);
+        unit->CompactBranches();
     // A unit of a name already known, of any kind, is dropped without a word.
     if (file.FindUnitByName(unit->name))
         return 3;
