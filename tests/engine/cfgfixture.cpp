@@ -45,6 +45,13 @@ std::string TempRecording::write(const char *name, const std::vector<std::string
     return full;
 }
 
+std::string TempRecording::writeBytes(const char *name, const std::string &bytes) const
+{
+    const std::string full = path(name);
+    std::ofstream(full, std::ios::binary) << bytes;
+    return full;
+}
+
 std::string TempRecording::read(const char *name) const
 {
     std::ifstream in(path(name), std::ios::binary);
@@ -59,4 +66,27 @@ std::vector<std::string> MessageLines(const LoadMessageList &messages)
     for (const LoadMessage &message : messages)
         lines.push_back(std::to_string(message.line) + ": " + message.text.toStdString());
     return lines;
+}
+
+const std::vector<std::string> kInfPairCfg = {
+    "Substation A,Relay 7,1999",
+    "3,2A,1D",
+    "1,IA,A,,A,0.25,0.5,,-32767,32767,600,1,S",
+    "2,UX,,,Hz,1,0,,-100,100,1,1,S",
+    "1,Trip,,,1",
+    "50",
+    "1",
+    "1000,200",
+    "15/03/2021,10:20:30.000123",
+    "15/03/2021,10:20:30.100123",
+    "ascii",
+    "1",
+};
+
+bool InfPairTest::Load(const std::vector<std::string> &inf, const std::vector<std::string> &cfg)
+{
+    if (!cfg.empty())
+        dir.write("rec.cfg", cfg, "\r\n");
+    dir.write("rec.inf", inf, "\r\n");
+    return rec.LoadFile(dir.path("rec.cfg").c_str());
 }

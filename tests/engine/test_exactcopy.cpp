@@ -5,8 +5,8 @@
 #include "cmtd99file.h"
 #include "exactcopy.h"
 
-#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include "tolerance.h"
 
@@ -54,11 +54,6 @@ std::string writeQuirkRecording(const TempRecording &dir, const char *start = "0
     for (const char *line : {start, trigger, "ASCII", "1"})
         cfg.push_back(line);
     return dir.write("quirk.cfg", cfg);
-}
-
-bool load(CCmtd99File &file, const std::string &path)
-{
-    return file.LoadFile(path.c_str()) && file.LoadDat(path.c_str(), nullptr, nullptr);
 }
 
 // A 2013 FLOAT32 recording of one channel "Ifault" holding `values`, 1 kHz, no status channel.
@@ -148,7 +143,7 @@ TEST(ExactCopy, EveryFormReadsBackWithinHalfAStep)
     for (const auto &head : heads) {
         TempRecording dir;
         CCmtd99File original;
-        ASSERT_TRUE(load(original, writeQuirkRecording(dir, head[0], head[1])));
+        ASSERT_TRUE(LoadRecording(original, writeQuirkRecording(dir, head[0], head[1])));
         const float aBefore = original.analogChannels[1]->a;
         for (const Target &target : targets) {
             QString error;
@@ -158,7 +153,7 @@ TEST(ExactCopy, EveryFormReadsBackWithinHalfAStep)
                 ExactCopyResult::Written)
                 << error.toStdString();
             CCmtd99File copy;
-            ASSERT_TRUE(load(copy, out)) << target.name;
+            ASSERT_TRUE(LoadRecording(copy, out)) << target.name;
             EXPECT_EQ(copy.fileDesc.is2013(), target.revision == 2013);
             expectSameRecording(original, copy, target.name);
             // UA fits every integer form with its own multiplier: kept as it was.
@@ -177,18 +172,18 @@ TEST(ExactCopy, ExtremeFloatsAndTheFullAsciiRangeSurvive)
     // multiplier that holds 3.4e36 instead of clamping it to 32767 steps.
     const std::vector<float> values = {3.4e36f, -2.5f, 0.125f, 1e-3f, -3.0e36f, 7.0f};
     CCmtd99File floats;
-    ASSERT_TRUE(load(floats, writeFloatRecording(dir, values)));
+    ASSERT_TRUE(LoadRecording(floats, writeFloatRecording(dir, values)));
     QString error;
     ASSERT_EQ(SaveExactCopy(floats, QString::fromStdString(dir.path("f.cfg")), {"FLOAT32", 0}, &error),
               ExactCopyResult::Written);
     CCmtd99File back;
-    ASSERT_TRUE(load(back, dir.path("f.cfg")));
+    ASSERT_TRUE(LoadRecording(back, dir.path("f.cfg")));
     for (size_t n = 0; n < values.size(); ++n)
         EXPECT_EQ(back.analogMaps[0]->Value(int(n)), values[n]) << n;
     ASSERT_EQ(SaveExactCopy(floats, QString::fromStdString(dir.path("i.cfg")), {"BINARY", 1999}, &error),
               ExactCopyResult::Written);
     CCmtd99File narrow;
-    ASSERT_TRUE(load(narrow, dir.path("i.cfg")));
+    ASSERT_TRUE(LoadRecording(narrow, dir.path("i.cfg")));
     const double step = narrow.analogChannels[0]->a;
     EXPECT_TRUE(NearRelative(step, 3.4e36 / 32767, 1e-3));
     EXPECT_NEAR(narrow.analogMaps[0]->Value(0), 3.4e36, step / 2);
@@ -205,7 +200,7 @@ TEST(ExactCopy, ExtremeFloatsAndTheFullAsciiRangeSurvive)
         "wide.cfg", {"S,R,1999", "1,1A,0D", "1,W,,,V,1.27,0.5,0,-99999,99999,1,1,S", "50", "1", "1000,7",
                      "01/02/2024,10:00:00.000000", "01/02/2024,10:00:00.000000", "ASCII", "1"});
     CCmtd99File ascii;
-    ASSERT_TRUE(load(ascii, wide));
+    ASSERT_TRUE(LoadRecording(ascii, wide));
     ASSERT_EQ(SaveExactCopy(ascii, QString::fromStdString(dir.path("w2.cfg")), {}, &error),
               ExactCopyResult::Written);
     const QList<QByteArray> lines = fileBytes(dir.path("w2.dat")).trimmed().split('\n');
@@ -213,14 +208,14 @@ TEST(ExactCopy, ExtremeFloatsAndTheFullAsciiRangeSurvive)
     for (int n = 0; n < 7; ++n)
         EXPECT_EQ(lines[n].split(',').value(2).toInt(), raws[n]) << n;
     CCmtd99File again;
-    ASSERT_TRUE(load(again, dir.path("w2.cfg")));
+    ASSERT_TRUE(LoadRecording(again, dir.path("w2.cfg")));
     EXPECT_EQ(again.analogChannels[0]->a, 1.27f);
     EXPECT_EQ(again.analogChannels[0]->b, 0.5f);
     // In a 2013 ASCII file 99,999 marks a missing value: the copy's multiplier keeps clear of it.
     ASSERT_EQ(SaveExactCopy(ascii, QString::fromStdString(dir.path("w13.cfg")), {"ASCII", 2013}, &error),
               ExactCopyResult::Written);
     CCmtd99File ascii2013;
-    ASSERT_TRUE(load(ascii2013, dir.path("w13.cfg")));
+    ASSERT_TRUE(LoadRecording(ascii2013, dir.path("w13.cfg")));
     const double halfStep = 0.5 * ascii2013.analogChannels[0]->a;
     EXPECT_GT(halfStep, 0.5 * 1.27f);
     for (int n = 0; n < 7; ++n)
@@ -234,11 +229,11 @@ TEST(ExactCopy, ExtremeFloatsAndTheFullAsciiRangeSurvive)
         dir.write("zero.cfg", {"S,R,1999", "1,1A,0D", "1,Z,,,V,0,2.5,0,-1,1,1,1,S", "50", "1", "1000,5",
                                "01/02/2024,10:00:00.000000", "01/02/2024,10:00:00.000000", "ASCII", "1"});
     CCmtd99File flat;
-    ASSERT_TRUE(load(flat, zero));
+    ASSERT_TRUE(LoadRecording(flat, zero));
     ASSERT_EQ(SaveExactCopy(flat, QString::fromStdString(dir.path("z2.cfg")), {}, &error),
               ExactCopyResult::Written);
     CCmtd99File flatBack;
-    ASSERT_TRUE(load(flatBack, dir.path("z2.cfg")));
+    ASSERT_TRUE(LoadRecording(flatBack, dir.path("z2.cfg")));
     for (int n = 0; n < 5; ++n)
         EXPECT_EQ(flatBack.analogMaps[0]->Value(n), 2.5f) << n;
 }
@@ -250,7 +245,7 @@ TEST(ExactCopy, ValuesThatAreNoNumbersBecomeMarkersOrRefuseTheCopy)
     values[6] = std::nanf("");
     values[8] = INFINITY;
     CCmtd99File file;
-    ASSERT_TRUE(load(file, writeFloatRecording(dir, values)));
+    ASSERT_TRUE(LoadRecording(file, writeFloatRecording(dir, values)));
 
     // 1991 and 1999 have no marker: refused, naming the channel and the first such sample
     // (numbered from 1 as in the file), and nothing is written.
@@ -301,7 +296,7 @@ TEST(ExactCopy, ChannelsThePlainSaveWouldChangeAreFound)
 {
     TempRecording dir;
     CCmtd99File quirks;
-    ASSERT_TRUE(load(quirks, writeQuirkRecording(dir)));
+    ASSERT_TRUE(LoadRecording(quirks, writeQuirkRecording(dir)));
     for (const char *type : {"ASCII", "BINARY"}) {
         const std::vector<ChangedChannel> changed = FindChannelsChangedBySave(quirks, {type, 0});
         ASSERT_EQ(changed.size(), 3u) << type;
@@ -313,7 +308,7 @@ TEST(ExactCopy, ChannelsThePlainSaveWouldChangeAreFound)
     // And it is right: the plain Save As does change them, and leaves UA alone.
     ASSERT_TRUE(quirks.SaveFile(dir.path("plain.cfg").c_str()));
     CCmtd99File plain;
-    ASSERT_TRUE(load(plain, dir.path("plain.cfg")));
+    ASSERT_TRUE(LoadRecording(plain, dir.path("plain.cfg")));
     // RAMP's multiplier was stretched from 1 to about 305: 409 comes back as one step.
     EXPECT_TRUE(NearRelative(quirks.analogMaps[3]->Value(399), 409.0, 1e-12));
     EXPECT_GT(std::fabs(plain.analogMaps[3]->Value(399) - 409.0), 50.0);
@@ -321,7 +316,7 @@ TEST(ExactCopy, ChannelsThePlainSaveWouldChangeAreFound)
 
     TempRecording other;
     CCmtd99File clean;
-    ASSERT_TRUE(load(
+    ASSERT_TRUE(LoadRecording(
         clean, writeQuirkRecording(other, "01/02/2024,10:00:00.000000", "01/02/2024,10:00:00.100000", true)));
     EXPECT_TRUE(FindChannelsChangedBySave(clean, {}).empty());
     EXPECT_TRUE(FindChannelsChangedBySave(clean, {"BINARY", 0}).empty());

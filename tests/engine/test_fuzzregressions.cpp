@@ -1,6 +1,7 @@
 // The inputs that fuzzing once found faults with, read again on every test run by the readers
 // they were found in, so that the fixes stay; no fuzzing build is needed for it.
 
+#include "cfgfixture.h"
 #include "cmtd99file.h"
 
 #include <QDir>
@@ -13,18 +14,13 @@
 
 namespace {
 
-// Reads one input as a whole recording (description and samples), with no limit on what its
-// header promises: the loader sizes its stores from the data.
-void readAsRecording(const QByteArray &bytes, const QString &path)
+// Copies the bytes of `input` to `path`, under the name the reader goes by; false when unreadable.
+bool CopyInput(const QString &input, const QString &path)
 {
+    QFile in(input);
     QFile out(path);
-    ASSERT_TRUE(out.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    out.write(bytes);
-    out.close();
-    CCmtd99File file;
-    const QByteArray local = path.toLocal8Bit();
-    if (file.LoadFile(local.constData()))
-        file.LoadDat(local.constData(), nullptr, nullptr);
+    return in.open(QIODevice::ReadOnly) && out.open(QIODevice::WriteOnly | QIODevice::Truncate) &&
+           out.write(in.readAll()) >= 0;
 }
 
 } // namespace
@@ -40,9 +36,11 @@ TEST(FuzzRegressions, EverySeedOfTheDescriptionReadersReadsWithoutFault)
     for (const QString &kind : {QStringLiteral("cfg"), QStringLiteral("cff"), QStringLiteral("inf")}) {
         const QDir folder(seeds.filePath(kind));
         for (const QString &name : folder.entryList(QDir::Files)) {
-            QFile input(folder.filePath(name));
-            ASSERT_TRUE(input.open(QIODevice::ReadOnly));
-            readAsRecording(input.readAll(), scratch.filePath(QStringLiteral("r.") + kind));
+            // With no limit on what the header promises: the loader sizes its stores from the data.
+            const QString path = scratch.filePath(QStringLiteral("r.") + kind);
+            ASSERT_TRUE(CopyInput(folder.filePath(name), path));
+            CCmtd99File file;
+            LoadRecording(file, path.toStdString());
             ++read;
         }
     }
@@ -93,15 +91,10 @@ TEST(FuzzRegressions, EveryKeptInputReadsAsItsBytesSay)
         SCOPED_TRACE(expected.name);
         const QString name = QLatin1String(expected.name);
         ASSERT_TRUE(names.contains(name));
-        QFile input(folder.filePath(name));
-        ASSERT_TRUE(input.open(QIODevice::ReadOnly));
         // The harness's name leads the file name: cfg-..., cff-..., dat-...
         const bool cff = name.startsWith(QLatin1String("cff-"));
         const QString path = scratch.filePath(cff ? QStringLiteral("r.cff") : QStringLiteral("r.cfg"));
-        QFile out(path);
-        ASSERT_TRUE(out.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        out.write(input.readAll());
-        out.close();
+        ASSERT_TRUE(CopyInput(folder.filePath(name), path));
 
         CCmtd99File file;
         const QByteArray local = path.toLocal8Bit();
@@ -123,16 +116,12 @@ TEST(FuzzRegressions, RateLinesWithoutEndsLeaveTheLastSegmentTheWholeRecording)
 {
     // The kept input whose first two segments end before the first sample: only "1000,8" gives
     // an end, so the samples 0 to 8 all belong to the third segment at 1000 per second.
-    QFile input(QStringLiteral(VELDRIX_FUZZ_REGRESSIONS "/cff-rates-segment-ends-before-first-sample"));
-    ASSERT_TRUE(input.open(QIODevice::ReadOnly));
     QTemporaryDir scratch;
-    QFile out(scratch.filePath(QStringLiteral("r.cff")));
-    ASSERT_TRUE(out.open(QIODevice::WriteOnly));
-    out.write(input.readAll());
-    out.close();
+    const QString path = scratch.filePath(QStringLiteral("r.cff"));
+    ASSERT_TRUE(CopyInput(
+        QStringLiteral(VELDRIX_FUZZ_REGRESSIONS "/cff-rates-segment-ends-before-first-sample"), path));
     CCmtd99File file;
-    const QByteArray local = out.fileName().toLocal8Bit();
-    ASSERT_TRUE(file.LoadFile(local.constData()));
+    ASSERT_TRUE(file.LoadFile(path.toLocal8Bit().constData()));
     ASSERT_EQ(file.segments.size(), 3u);
     EXPECT_EQ(file.segments[0].end, 0);
     EXPECT_EQ(file.segments[1].end, 0);

@@ -8,7 +8,6 @@
 #include "phasor.h"
 
 #include <QDir>
-#include <QFileInfo>
 
 #include "tolerance.h"
 
@@ -19,7 +18,6 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -64,35 +62,18 @@ Lines Config(const char *revision, const char *counts, const char *nrates, const
     return lines;
 }
 
-void put32(std::string &out, uint32_t v)
-{
-    for (int i = 0; i < 4; ++i)
-        out.push_back(static_cast<char>((v >> (8 * i)) & 0xFF));
-}
-
-void put16(std::string &out, uint16_t v)
-{
-    out.push_back(static_cast<char>(v & 0xFF));
-    out.push_back(static_cast<char>(v >> 8));
-}
-
 // `count` records of 14 bytes: number, stamp (1 ms apart), IA = n, UA = -n, status bit n >= 3.
 std::string BinaryRecords(int count)
 {
     std::string out;
     for (int n = 0; n < count; ++n) {
-        put32(out, uint32_t(n + 1));
-        put32(out, uint32_t(n * 1000));
-        put16(out, uint16_t(int16_t(n)));
-        put16(out, uint16_t(int16_t(-n)));
-        put16(out, n >= 3 ? 1 : 0);
+        PutLE(out, int32_t(n + 1));
+        PutLE(out, int32_t(n * 1000));
+        PutLE(out, int16_t(n));
+        PutLE(out, int16_t(-n));
+        PutLE(out, uint16_t(n >= 3 ? 1 : 0));
     }
     return out;
-}
-
-void WriteBytes(const std::string &path, const std::string &bytes)
-{
-    std::ofstream(path, std::ios::binary) << bytes;
 }
 
 std::string Joined(const Lines &lines)
@@ -126,35 +107,13 @@ bool HasMessage(const LoadMessageList &messages, const char *text)
     return false;
 }
 
-// The test's own base64 encoder (RFC 4648 alphabet), with a line break every 76 characters.
+// Base64 as mail and some writers put it: a line break after every 76 characters.
 std::string Base64(const std::string &bytes)
 {
-    static const char alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    const std::string plain = QByteArray::fromStdString(bytes).toBase64().toStdString();
     std::string out;
-    size_t i = 0;
-    int column = 0;
-    auto emit = [&](char c) {
-        out.push_back(c);
-        if (++column == 76) {
-            out += "\r\n";
-            column = 0;
-        }
-    };
-    for (; i + 2 < bytes.size(); i += 3) {
-        const uint32_t v = uint32_t(uint8_t(bytes[i])) << 16 | uint32_t(uint8_t(bytes[i + 1])) << 8 |
-                           uint32_t(uint8_t(bytes[i + 2]));
-        for (int k = 3; k >= 0; --k)
-            emit(alphabet[(v >> (6 * k)) & 63]);
-    }
-    if (i < bytes.size()) {
-        uint32_t v = uint32_t(uint8_t(bytes[i])) << 16;
-        if (i + 1 < bytes.size())
-            v |= uint32_t(uint8_t(bytes[i + 1])) << 8;
-        emit(alphabet[(v >> 18) & 63]);
-        emit(alphabet[(v >> 12) & 63]);
-        emit(i + 1 < bytes.size() ? alphabet[(v >> 6) & 63] : '=');
-        emit('=');
-    }
+    for (size_t i = 0; i < plain.size(); i += 76)
+        out += (i ? "\r\n" : "") + plain.substr(i, 76);
     return out;
 }
 
@@ -181,7 +140,7 @@ TEST_F(HostileFiles, HeaderCountsBeyondWhatTheReaderHoldsAreRefusedWithTheirLine
     for (const Case &c : cases) {
         SCOPED_TRACE(c.message);
         const std::string cfg = dir.write("w.cfg", Config("1999", c.counts, c.nrates, "20"));
-        WriteBytes(dir.path("w.dat"), BinaryRecords(20));
+        dir.writeBytes("w.dat", BinaryRecords(20));
         CCmtd99File file;
         EXPECT_FALSE(file.LoadFile(cfg.c_str()));
         ASSERT_FALSE(file.cfgMessages.isEmpty());
@@ -193,7 +152,7 @@ TEST_F(HostileFiles, AnEndSampleBeyondAnyCountLoadsTheSamplesThatAreThere)
 {
     // 4294967316 is 2^32 + 20: wrapped, it would read as exactly the 20 samples of the file.
     const std::string cfg = dir.write("e.cfg", Config("1999", "3,2A,1D", "1", "4294967316"));
-    WriteBytes(dir.path("e.dat"), BinaryRecords(25));
+    dir.writeBytes("e.dat", BinaryRecords(25));
     CCmtd99File file;
     ASSERT_TRUE(file.LoadFile(cfg.c_str()));
     EXPECT_EQ(file.pointCount, INT32_MAX);
@@ -208,11 +167,10 @@ TEST_F(HostileFiles, AnEndSampleBeyondAnyCountLoadsTheSamplesThatAreThere)
 TEST_F(HostileFiles, APromiseOfTwoThousandMillionSamplesCostsOnlyTheFile)
 {
     const std::string cfg = dir.write("p.cfg", Config("1999", "3,2A,1D", "1", "2147483647"));
-    WriteBytes(dir.path("p.dat"), BinaryRecords(20)); // 280 bytes
+    dir.writeBytes("p.dat", BinaryRecords(20)); // 280 bytes
     {
         CCmtd99File file;
-        ASSERT_TRUE(file.LoadFile(cfg.c_str()));
-        ASSERT_TRUE(file.LoadDat(cfg.c_str(), nullptr, nullptr));
+        ASSERT_TRUE(LoadRecording(file, cfg));
         EXPECT_EQ(file.loadedPoints, 20);
         // The stores are as large as the file, not as the promise.
         EXPECT_LE(file.analogMaps[0]->sampleCount, 20);
@@ -241,10 +199,9 @@ TEST_F(HostileFiles, APromiseOfTwoThousandMillionSamplesCostsOnlyTheFile)
     for (int n = 0; n < 20; ++n)
         text += std::to_string(n + 1) + "," + std::to_string(n * 1000) + "," + std::to_string(n) + ",-" +
                 std::to_string(n) + ",0\n";
-    WriteBytes(dir.path("a.dat"), text);
+    dir.writeBytes("a.dat", text);
     CCmtd99File file;
-    ASSERT_TRUE(file.LoadFile(ascii.c_str()));
-    ASSERT_TRUE(file.LoadDat(ascii.c_str(), nullptr, nullptr));
+    ASSERT_TRUE(LoadRecording(file, ascii));
     EXPECT_EQ(file.loadedPoints, 20);
     EXPECT_LE(file.analogMaps[0]->sampleCount, int(text.size()));
 }
@@ -295,8 +252,8 @@ TEST_F(HostileFiles, SingleFileRecordingIsReadInPlaceAndSaysWhatItLacks)
     qputenv("TMPDIR", scratch.toLocal8Bit());
 
     // The byte count says 1000, the file holds 84: both numbers are named, the 6 records load.
-    const std::string shortPath = dir.path("short.cff");
-    WriteBytes(shortPath, head + "--- file type: DAT BINARY: 1000 ---\r\n" + records);
+    const std::string shortPath =
+        dir.writeBytes("short.cff", head + "--- file type: DAT BINARY: 1000 ---\r\n" + records);
     CCmtd99File shortFile;
     ASSERT_TRUE(shortFile.LoadFile(shortPath.c_str()));
     EXPECT_TRUE(HasMessage(shortFile.cfgMessages, "shorter than its byte count: 84 bytes, not 1000"));
@@ -305,17 +262,14 @@ TEST_F(HostileFiles, SingleFileRecordingIsReadInPlaceAndSaysWhatItLacks)
 
     // The binary twin and the base64 one (in quotes, as some writers put it) read alike; a
     // section behind the data is not taken as data.
-    const std::string binaryPath = dir.path("twin.cff");
-    WriteBytes(binaryPath,
-               head + "--- file type: DAT BINARY: 84 ---\r\n" + records + "--- file type: XYZ ---\r\n");
-    const std::string textPath = dir.path("text.cff");
-    WriteBytes(textPath, head + "--- file type: DAT BINARY: base64 ---\r\n\"" + Base64(records) + "\"\r\n");
+    const std::string binaryPath = dir.writeBytes("twin.cff", head + "--- file type: DAT BINARY: 84 ---\r\n" +
+                                                                  records + "--- file type: XYZ ---\r\n");
+    const std::string textPath = dir.writeBytes(
+        "text.cff", head + "--- file type: DAT BINARY: base64 ---\r\n\"" + Base64(records) + "\"\r\n");
     CCmtd99File binary;
     CCmtd99File text;
-    ASSERT_TRUE(binary.LoadFile(binaryPath.c_str()));
-    ASSERT_TRUE(binary.LoadDat(binaryPath.c_str(), nullptr, nullptr));
-    ASSERT_TRUE(text.LoadFile(textPath.c_str()));
-    ASSERT_TRUE(text.LoadDat(textPath.c_str(), nullptr, nullptr));
+    ASSERT_TRUE(LoadRecording(binary, binaryPath));
+    ASSERT_TRUE(LoadRecording(text, textPath));
     ASSERT_EQ(binary.loadedPoints, 6);
     ASSERT_EQ(text.loadedPoints, 6);
     for (int n = 0; n < 6; ++n) {
@@ -326,8 +280,7 @@ TEST_F(HostileFiles, SingleFileRecordingIsReadInPlaceAndSaysWhatItLacks)
     }
 
     // No data section at all: said so, rather than that a ".dat" is missing.
-    const std::string bare = dir.path("bare.cff");
-    WriteBytes(bare, head);
+    const std::string bare = dir.writeBytes("bare.cff", head);
     CCmtd99File none;
     ASSERT_TRUE(none.LoadFile(bare.c_str()));
     EXPECT_FALSE(none.LoadDat(bare.c_str(), nullptr, nullptr));
@@ -346,20 +299,18 @@ TEST_F(HostileFiles, MissingValuesOf2013AreGapsAndOlderRecordingsKeepEveryReadin
     auto records = [](int16_t marker) {
         std::string out;
         for (int n = 0; n < 100; ++n) {
-            put32(out, uint32_t(n + 1));
-            put32(out, uint32_t(n * 1000));
-            const auto ia = int16_t(std::lround(1000.0 * std::sin(2 * M_PI * n / 20.0)));
-            put16(out, uint16_t(n == 80 ? marker : ia));
-            put16(out, uint16_t(int16_t(n)));
-            put16(out, 0);
+            PutLE(out, int32_t(n + 1));
+            PutLE(out, int32_t(n * 1000));
+            PutLE(out, n == 80 ? marker : int16_t(std::lround(1000.0 * std::sin(2 * M_PI * n / 20.0))));
+            PutLE(out, int16_t(n));
+            PutLE(out, int16_t(0));
         }
         return out;
     };
     const std::string cfg13 = dir.write("g.cfg", Config("2013", "3,2A,1D", "1", "100"));
-    WriteBytes(dir.path("g.dat"), records(INT16_MIN));
+    dir.writeBytes("g.dat", records(INT16_MIN));
     CCmtd99File file;
-    ASSERT_TRUE(file.LoadFile(cfg13.c_str()));
-    ASSERT_TRUE(file.LoadDat(cfg13.c_str(), nullptr, nullptr));
+    ASSERT_TRUE(LoadRecording(file, cfg13));
     const CChnMapAnalog &ia = *file.analogMaps[0];
     EXPECT_TRUE(std::isnan(ia.Value(80)));
     // Extremes from the readings only: 1000 × 0.5 + 1 and -1000 × 0.5 + 1.
@@ -377,10 +328,9 @@ TEST_F(HostileFiles, MissingValuesOf2013AreGapsAndOlderRecordingsKeepEveryReadin
 
     // The same bytes in a 1999 recording: -32768 is a reading like any other.
     const std::string cfg99 = dir.write("o.cfg", Config("1999", "3,2A,1D", "1", "100"));
-    WriteBytes(dir.path("o.dat"), records(INT16_MIN));
+    dir.writeBytes("o.dat", records(INT16_MIN));
     CCmtd99File old;
-    ASSERT_TRUE(old.LoadFile(cfg99.c_str()));
-    ASSERT_TRUE(old.LoadDat(cfg99.c_str(), nullptr, nullptr));
+    ASSERT_TRUE(LoadRecording(old, cfg99));
     EXPECT_EQ(old.analogMaps[0]->Value(80), -32768 * 0.5f + 1);
     EXPECT_EQ(old.analogMaps[0]->minValue, -32768 * 0.5f + 1);
 }
@@ -392,21 +342,18 @@ TEST_F(HostileFiles, WideAndFloatMarkersAndValuesNoFloatHolds)
     auto wide = [](bool floats) {
         std::string out;
         for (int n = 0; n < 6; ++n) {
-            put32(out, uint32_t(n + 1));
-            put32(out, uint32_t(n * 1000));
+            PutLE(out, int32_t(n + 1));
+            PutLE(out, int32_t(n * 1000));
+            const float ia[6] = {1.0f, std::nanf(""), HUGE_VALF, 2.0f, -3.0f, 4.0f};
+            const float ua[6] = {1.0f, 3.4e38f, -3.4e38f, 2.0f, 5.0f, 6.0f};
             if (floats) {
-                const float ia[6] = {1.0f, std::nanf(""), HUGE_VALF, 2.0f, -3.0f, 4.0f};
-                const float ua[6] = {1.0f, 3.4e38f, -3.4e38f, 2.0f, 5.0f, 6.0f};
-                uint32_t bits;
-                std::memcpy(&bits, &ia[n], 4);
-                put32(out, bits);
-                std::memcpy(&bits, &ua[n], 4);
-                put32(out, bits);
+                PutLE(out, ia[n]);
+                PutLE(out, ua[n]);
             } else {
-                put32(out, n == 2 ? 0x80000000u : uint32_t(n * 10));
-                put32(out, uint32_t(n));
+                PutLE(out, n == 2 ? 0x80000000u : uint32_t(n * 10));
+                PutLE(out, uint32_t(n));
             }
-            put16(out, 0);
+            PutLE(out, int16_t(0));
         }
         return out;
     };
@@ -415,10 +362,9 @@ TEST_F(HostileFiles, WideAndFloatMarkersAndValuesNoFloatHolds)
         Lines lines = Config("2013", "3,2A,1D", "1", "6", floats ? "FLOAT32" : "BINARY32");
         lines[3] = "2,UA,A,,kV,1,0,0,-32767,32767,1,1,S"; // x1000 to V
         const std::string cfg = dir.write("w.cfg", lines);
-        WriteBytes(dir.path("w.dat"), wide(floats));
+        dir.writeBytes("w.dat", wide(floats));
         CCmtd99File file;
-        ASSERT_TRUE(file.LoadFile(cfg.c_str()));
-        ASSERT_TRUE(file.LoadDat(cfg.c_str(), nullptr, nullptr));
+        ASSERT_TRUE(LoadRecording(file, cfg));
         const CChnMapAnalog &ia = *file.analogMaps[0];
         const CChnMapAnalog &ua = *file.analogMaps[1];
         if (!floats) {
@@ -440,11 +386,10 @@ TEST_F(HostileFiles, WideAndFloatMarkersAndValuesNoFloatHolds)
     }
 
     const std::string cfg = dir.write("t.cfg", Config("2013", "3,2A,1D", "1", "6", "ASCII"));
-    WriteBytes(dir.path("t.dat"),
-               "1,0,2,1,0\n2,1000,,1,0\n3,2000,4,1,0\n4,3000,99999,1,0\n5,4000,8,1,0\n6,5000,9,1,0\n");
+    dir.writeBytes("t.dat",
+                   "1,0,2,1,0\n2,1000,,1,0\n3,2000,4,1,0\n4,3000,99999,1,0\n5,4000,8,1,0\n6,5000,9,1,0\n");
     CCmtd99File ascii;
-    ASSERT_TRUE(ascii.LoadFile(cfg.c_str()));
-    ASSERT_TRUE(ascii.LoadDat(cfg.c_str(), nullptr, nullptr));
+    ASSERT_TRUE(LoadRecording(ascii, cfg));
     // An empty field and the ASCII marker 99999 are gaps, left out of the extremes.
     EXPECT_TRUE(std::isnan(ascii.analogMaps[0]->Value(1)));
     EXPECT_EQ(ascii.analogMaps[0]->Value(2), 4 * 0.5f + 1);
@@ -459,7 +404,7 @@ TEST_F(HostileFiles, RatesAndFactorsNoFloatHoldsReachNoIntegerConversion)
     for (const char *rate : {"1e39", "inf", "nan", "3e38", "1e-30"}) {
         SCOPED_TRACE(rate);
         const std::string cfg = dir.write("r.cfg", Config("1999", "3,2A,1D", "1", "20", "BINARY", rate));
-        WriteBytes(dir.path("r.dat"), BinaryRecords(20));
+        dir.writeBytes("r.dat", BinaryRecords(20));
         CCmtd99File file;
         if (!file.LoadFile(cfg.c_str()) || !file.LoadDat(cfg.c_str(), nullptr, nullptr))
             continue;

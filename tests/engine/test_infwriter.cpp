@@ -20,21 +20,6 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-const Lines kCfg = {
-    "Substation A,Relay 7,1999",
-    "3,2A,1D",
-    "1,IA,A,,A,0.25,0.5,,-32767,32767,600,1,S",
-    "2,UX,,,Hz,1,0,,-100,100,1,1,S",
-    "1,Trip,,,1",
-    "50",
-    "1",
-    "1000,200",
-    "15/03/2021,10:20:30.000123",
-    "15/03/2021,10:20:30.100123",
-    "ascii",
-    "1",
-};
-
 const Lines kInf = {
     "[Public Record_Information]",
     "Source=Recorder X,KSGLINF_V1",
@@ -67,12 +52,6 @@ const Lines kInf = {
     "F1 = IA * 2",
 };
 
-QByteArray contents(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-}
-
 // The section heads of a written file, in order.
 std::vector<std::string> Heads(const QByteArray &text)
 {
@@ -89,18 +68,14 @@ bool HasLine(const QByteArray &text, const char *line)
     return text.contains(QByteArray("\r\n") + line + "\r\n");
 }
 
-class InfWriter : public RecordingTest
+class InfWriter : public InfPairTest
 {
 protected:
     void SetUp() override
     {
-        RecordingTest::SetUp();
-        dir.write("rec.cfg", kCfg, "\r\n");
-        dir.write("rec.inf", kInf, "\r\n");
-        ASSERT_TRUE(rec.LoadFile(dir.path("rec.cfg").c_str()));
+        InfPairTest::SetUp();
+        ASSERT_TRUE(Load(kInf));
     }
-    QString path(const char *name) const { return QString::fromStdString(dir.path(name)); }
-    CCmtd99File rec;
 };
 
 TEST_F(InfWriter, SectionOrderAndNumberFormats)
@@ -184,7 +159,7 @@ TEST_F(InfWriter, SectionOrderAndNumberFormats)
 TEST_F(InfWriter, ReadWriteReadKeepsEverySection)
 {
     ASSERT_TRUE(rec.SaveInf(dir.path("copy.inf").c_str()));
-    dir.write("copy.cfg", kCfg, "\r\n");
+    dir.write("copy.cfg", kInfPairCfg, "\r\n");
     CCmtd99File again;
     ASSERT_TRUE(again.LoadFile(dir.path("copy.cfg").c_str()));
     EXPECT_EQ(again.infVersion, 2);
@@ -211,33 +186,33 @@ TEST_F(InfWriter, ReadWriteReadKeepsEverySection)
 
     // The second save of what was read is the same text.
     ASSERT_TRUE(again.SaveInf(dir.path("copy2.inf").c_str()));
-    EXPECT_EQ(contents(path("copy2.inf")), contents(path("copy.inf")));
+    EXPECT_EQ(dir.read("copy2.inf"), dir.read("copy.inf"));
 }
 
 TEST_F(InfWriter, FirstSaveOfAnOlderVersionKeepsABackupOnce)
 {
-    const QByteArray original = contents(path("rec.inf"));
+    const std::string original = dir.read("rec.inf");
     ASSERT_EQ(rec.infVersion, 1);
     ASSERT_TRUE(rec.SaveInf(dir.path("rec.inf").c_str()));
-    EXPECT_EQ(contents(path("rec.inf.bak")), original);
-    const QByteArray first = contents(path("rec.inf"));
+    EXPECT_EQ(dir.read("rec.inf.bak"), original);
+    const std::string first = dir.read("rec.inf");
     rec.recordInfo.location = "changed";
     ASSERT_TRUE(rec.SaveInf(dir.path("rec.inf").c_str()));
-    EXPECT_EQ(contents(path("rec.inf.bak")), original);
-    EXPECT_NE(contents(path("rec.inf")), first);
+    EXPECT_EQ(dir.read("rec.inf.bak"), original);
+    EXPECT_NE(dir.read("rec.inf"), first);
 
     // A file of this system's version gets no copy.
     CCmtd99File current;
     ASSERT_TRUE(current.LoadFile(dir.path("rec.cfg").c_str()));
     ASSERT_EQ(current.infVersion, 2);
-    QFile::remove(path("rec.inf.bak"));
+    QFile::remove(QString::fromStdString(dir.path("rec.inf.bak")));
     ASSERT_TRUE(current.SaveInf(dir.path("rec.inf").c_str()));
-    EXPECT_FALSE(QFileInfo::exists(path("rec.inf.bak")));
+    EXPECT_FALSE(QFileInfo::exists(QString::fromStdString(dir.path("rec.inf.bak"))));
 }
 
 TEST_F(InfWriter, FailedSaveLeavesTheOldFileAndNoBackup)
 {
-    const QByteArray original = contents(path("rec.inf"));
+    const std::string original = dir.read("rec.inf");
     {
         // The old file is small; the new one cannot be written whole.
         const FileSizeLimit limit(256);
@@ -245,9 +220,10 @@ TEST_F(InfWriter, FailedSaveLeavesTheOldFileAndNoBackup)
     }
     EXPECT_FALSE(rec.saveError.isEmpty());
     EXPECT_TRUE(rec.saveError.contains(QStringLiteral("rec.inf"))) << rec.saveError.toStdString();
-    EXPECT_EQ(contents(path("rec.inf")), original);
-    EXPECT_FALSE(QFileInfo::exists(path("rec.inf.bak")));
-    const QStringList names = QDir(path("")).entryList(QDir::Files | QDir::Hidden | QDir::NoDotAndDotDot);
+    EXPECT_EQ(dir.read("rec.inf"), original);
+    EXPECT_FALSE(QFileInfo::exists(QString::fromStdString(dir.path("rec.inf.bak"))));
+    const QStringList names = QDir(QString::fromStdString(dir.path("")))
+                                  .entryList(QDir::Files | QDir::Hidden | QDir::NoDotAndDotDot);
     EXPECT_EQ(names, QStringList({"rec.cfg", "rec.inf"}));
 
     // A folder that is gone cannot take the file either.

@@ -60,8 +60,7 @@ TEST_F(AsciiMutations, ExtremesFollowTheEitherOrRuleOverScaledValues)
     dir.write("r.dat", {"1,-100000,5,1,6,0", "2,-99000,-3,2,5,0", "3,-98000,7,3,4,0", "4,-97000,2,4,3,0",
                         "5,-96000,-8,5,2,0", "6,-95000,4,6,1,0"});
     CCmtd99File file;
-    ASSERT_TRUE(file.LoadFile(cfg.c_str()));
-    ASSERT_TRUE(file.LoadDat(cfg.c_str(), nullptr, nullptr));
+    ASSERT_TRUE(LoadRecording(file, cfg));
     ASSERT_EQ(file.loadedPoints, 6);
 
     const CChnMapAnalog &ua = *file.analogMaps[0];
@@ -102,8 +101,7 @@ TEST_F(AsciiMutations, DeclaredRawLimitsGiveTheRangeInStoredUnits)
     dir.write("r.dat", {"1,-100000,0,0,0,0", "2,-99000,0,0,0,0", "3,-98000,0,0,0,0", "4,-97000,0,0,0,0",
                         "5,-96000,0,0,0,0"});
     CCmtd99File file;
-    ASSERT_TRUE(file.LoadFile(cfg.c_str()));
-    ASSERT_TRUE(file.LoadDat(cfg.c_str(), nullptr, nullptr));
+    ASSERT_TRUE(LoadRecording(file, cfg));
 
     const CChnMapAnalog &ua = *file.analogMaps[0];
     EXPECT_TRUE(NearRelative(ua.rangeMin, -49.0, 1e-6));
@@ -118,37 +116,29 @@ TEST_F(AsciiMutations, DeclaredRawLimitsGiveTheRangeInStoredUnits)
     EXPECT_TRUE(NearRelative(ic.Value(0), -7.0, 1e-6));
 }
 
-TEST_F(AsciiMutations, StampJitterWithinFivePercentIsOneRate)
+TEST_F(AsciiMutations, StampJitterAgainstTheFivePercentRule)
 {
-    // Rates missing, so the stamps make the segments. The first spacing of 1000 µs sets the
-    // rate to 1000 Hz. One spacing of 953 µs reads 1e6 / 953 = 1049.3 Hz, 4.93 % off: still
-    // the same rate, so one segment of all 8 samples.
+    // Rates missing, so the stamps make the segments; the first spacing of 1000 µs sets 1000 Hz.
+    // One spacing of 953 µs reads 1e6 / 953 = 1049.3 Hz, 4.93 % off: still the same rate, so one
+    // segment of all 8 samples. A spacing of 951 µs reads 1051.5 Hz, 5.15 % off: a segment
+    // {1000 Hz, end 3} closes at sample 3, and the spacings of 951 µs after it run to 8.
     const std::string cfg = dir.write("r.cfg", AsciiConfig({"1,UA,,,V,1,0,0,-32767,32767,1,1,S"}, {"0,8"}));
     dir.write("r.dat", StampLines({0, 1000, 2000, 2953, 3953, 4953, 5953, 6953}));
-    CCmtd99File file;
-    ASSERT_TRUE(file.LoadFile(cfg.c_str()));
-    ASSERT_TRUE(file.LoadDat(cfg.c_str(), nullptr, nullptr));
-    ASSERT_EQ(file.segments.size(), 1u);
-    EXPECT_FLOAT_EQ(file.segments[0].rate, 1000.0f);
-    EXPECT_EQ(file.segments[0].end, 8);
-}
+    CCmtd99File within;
+    ASSERT_TRUE(LoadRecording(within, cfg));
+    ASSERT_EQ(within.segments.size(), 1u);
+    EXPECT_FLOAT_EQ(within.segments[0].rate, 1000.0f);
+    EXPECT_EQ(within.segments[0].end, 8);
 
-TEST_F(AsciiMutations, StampJitterBeyondFivePercentStartsASegment)
-{
-    // A spacing of 951 µs reads 1e6 / 951 = 1051.5 Hz, 5.15 % off the 1000 Hz of the first
-    // spacing: a segment {1000 Hz, end 3} closes at sample 3, and the new rate is 1051.5 Hz.
-    // The spacings after it, 951 µs again, are that same rate, so the last segment runs to 8.
-    const std::string cfg = dir.write("r.cfg", AsciiConfig({"1,UA,,,V,1,0,0,-32767,32767,1,1,S"}, {"0,8"}));
     dir.write("r.dat", StampLines({0, 1000, 2000, 2951, 3902, 4853, 5804, 6755}));
-    CCmtd99File file;
-    ASSERT_TRUE(file.LoadFile(cfg.c_str()));
-    ASSERT_TRUE(file.LoadDat(cfg.c_str(), nullptr, nullptr));
-    ASSERT_EQ(file.segments.size(), 2u);
-    EXPECT_FLOAT_EQ(file.segments[0].rate, 1000.0f);
-    EXPECT_EQ(file.segments[0].end, 3);
-    EXPECT_TRUE(NearRelative(file.segments[1].rate, 1000000.0 / 951.0, 1e-6));
-    EXPECT_EQ(file.segments[1].end, 8);
+    CCmtd99File beyond;
+    ASSERT_TRUE(LoadRecording(beyond, cfg));
+    ASSERT_EQ(beyond.segments.size(), 2u);
+    EXPECT_FLOAT_EQ(beyond.segments[0].rate, 1000.0f);
+    EXPECT_EQ(beyond.segments[0].end, 3);
+    EXPECT_TRUE(NearRelative(beyond.segments[1].rate, 1000000.0 / 951.0, 1e-6));
+    EXPECT_EQ(beyond.segments[1].end, 8);
     // A first stamp of 0 counts from the start, 100 ms before the trigger.
-    EXPECT_EQ(file.sampleTimes[0], -100000);
-    EXPECT_EQ(file.sampleTimes[3], 2951 - 100000);
+    EXPECT_EQ(beyond.sampleTimes[0], -100000);
+    EXPECT_EQ(beyond.sampleTimes[3], 2951 - 100000);
 }

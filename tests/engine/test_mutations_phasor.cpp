@@ -108,14 +108,6 @@ TEST_F(PhasorMutations, PhaseCompensationTurnsTheFundamentalByTheTableAngle)
     const double angle = double(0.3f);
     EXPECT_TRUE(NearRelative(turned.re, 100.0 * std::cos(angle), 1e-4));
     EXPECT_TRUE(NearRelative(turned.im, 100.0 * std::sin(angle), 1e-4));
-
-    // The turn itself: 1∠0 by +90° is j.
-    const ComplexD j = RotatePhasor(ComplexD{1.0, 0.0}, M_PI / 2);
-    EXPECT_NEAR(j.re, 0.0, 1e-15);
-    EXPECT_TRUE(NearRelative(j.im, 1.0, 1e-15));
-    const ComplexD back = RotatePhasor(ComplexD{0.0, 2.0}, -M_PI / 2);
-    EXPECT_TRUE(NearRelative(back.re, 2.0, 1e-15));
-    EXPECT_NEAR(back.im, 0.0, 1e-15);
 }
 
 TEST(PrefixBoundary, DcChannelChangesPrefixOnlyAboveOneThousandAndBelowFiveHundredths)
@@ -127,22 +119,18 @@ TEST(PrefixBoundary, DcChannelChangesPrefixOnlyAboveOneThousandAndBelowFiveHundr
     record.ch_id = "Udc";
     record.uu = "mV";
     CChnMapAnalog dc(&record);
-    EXPECT_EQ(FormatChannelNumber(dc, 999.9, 0), "999.900V");
-    EXPECT_EQ(FormatChannelNumber(dc, 1000.0, 0), "1000.000V");
-    EXPECT_EQ(FormatChannelNumber(dc, 1001.0, 0), "1.001kV");
-    EXPECT_EQ(FormatChannelNumber(dc, -1500.0, 0), "-1.500kV");
-    EXPECT_EQ(FormatChannelNumber(dc, 1000000.0, 0), "1000.000kV");
-    EXPECT_EQ(FormatChannelNumber(dc, 2000000.0, 0), "2.000MV");
-    EXPECT_EQ(FormatChannelNumber(dc, 0.05, 0), "0.050V");
-    EXPECT_EQ(FormatChannelNumber(dc, 0.049, 0), "49.000mV");
-    EXPECT_EQ(FormatChannelNumber(dc, -0.02, 0), "-20.000mV");
-
     // A DC current in mA follows the same bounds with its own unit.
     CmtdChn_Analog current;
     current.Reset(2);
     current.ch_id = "Idc";
     current.uu = "mA";
     CChnMapAnalog idc(&current);
+    const std::pair<double, const char *> volts[] = {
+        {999.9, "999.900V"},   {1000.0, "1000.000V"},     {1001.0, "1.001kV"},
+        {-1500.0, "-1.500kV"}, {1000000.0, "1000.000kV"}, {2000000.0, "2.000MV"},
+        {0.05, "0.050V"},      {0.049, "49.000mV"},       {-0.02, "-20.000mV"}};
+    for (const auto &[value, text] : volts)
+        EXPECT_EQ(FormatChannelNumber(dc, value, 0), text);
     EXPECT_EQ(FormatChannelNumber(idc, 1500.0, 0), "1.500kA");
     EXPECT_EQ(FormatChannelNumber(idc, 999.9, 0), "999.900A");
 }

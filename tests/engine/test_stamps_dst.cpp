@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <string>
 
 namespace {
@@ -59,28 +60,21 @@ TEST(ClockFields, CarriedThroughTheCalendarWithoutSummerTime)
 {
     // A summer start plus 3 h 30 min 5 s of samples, as the tool bar counts it: the clock
     // fields run over and are carried, and the hour is the recorder's, not moved by the zone.
-    std::tm fields{};
-    fields.tm_year = 2024 - 1900;
-    fields.tm_mon = 6; // July
-    fields.tm_mday = 15;
-    fields.tm_hour = 22;
-    fields.tm_min = 59;
-    fields.tm_sec = 59 + 3 * 3600 + 30 * 60 + 5;
-    NormalizeClockFields(fields);
-    EXPECT_EQ(fields.tm_mday, 16);
-    EXPECT_EQ(fields.tm_hour, 2);
-    EXPECT_EQ(fields.tm_min, 30);
-    EXPECT_EQ(fields.tm_sec, 4);
     // Across the spring switch night: 01:59:59 plus 2 s is 02:00:01 on the recorder's clock.
-    std::tm spring{};
-    spring.tm_year = 2024 - 1900;
-    spring.tm_mon = 2;
-    spring.tm_mday = 31;
-    spring.tm_hour = 1;
-    spring.tm_min = 59;
-    spring.tm_sec = 61;
-    NormalizeClockFields(spring);
-    EXPECT_EQ(spring.tm_hour, 2);
-    EXPECT_EQ(spring.tm_min, 0);
-    EXPECT_EQ(spring.tm_sec, 1);
+    auto carried = [](int month, int day, int hour, int minute, int second) {
+        std::tm fields{};
+        fields.tm_year = 2024 - 1900;
+        fields.tm_mon = month - 1;
+        fields.tm_mday = day;
+        fields.tm_hour = hour;
+        fields.tm_min = minute;
+        fields.tm_sec = second;
+        NormalizeClockFields(fields);
+        char text[32];
+        std::snprintf(text, sizeof text, "%02d/%02d %02d:%02d:%02d", fields.tm_mday, fields.tm_mon + 1,
+                      fields.tm_hour, fields.tm_min, fields.tm_sec);
+        return std::string(text);
+    };
+    EXPECT_EQ(carried(7, 15, 22, 59, 59 + 3 * 3600 + 30 * 60 + 5), "16/07 02:30:04");
+    EXPECT_EQ(carried(3, 31, 1, 59, 61), "31/03 02:00:01");
 }

@@ -20,28 +20,23 @@
 
 namespace {
 
-// One analog channel of a test recording: name, unit, and optionally phase and component.
-struct Ana
-{
-    std::string name;
-    std::string unit;
-    std::string ccbm = "";
-    std::string ph = "";
-};
-
 class UnitSuggest : public RecordingTest
 {
 protected:
-    // Writes a 1999 ".cfg" with these channels and reads it (no samples needed).
-    void load(const std::vector<Ana> &analog, const std::vector<std::string> &status = {},
+    // Writes a 1999 ".cfg" with these channels and reads it (no samples needed). An analog
+    // channel is "name|unit|component|phase", the last two optional.
+    void load(const std::vector<std::string> &analog, const std::vector<std::string> &status = {},
               const std::vector<std::string> &statusCcbm = {})
     {
         std::vector<std::string> lines = {"S,R,1999", std::to_string(analog.size() + status.size()) + "," +
                                                           std::to_string(analog.size()) + "A," +
                                                           std::to_string(status.size()) + "D"};
-        for (size_t i = 0; i < analog.size(); ++i)
-            lines.push_back(std::to_string(i + 1) + "," + analog[i].name + "," + analog[i].ph + "," +
-                            analog[i].ccbm + "," + analog[i].unit + ",1,0,0,-32767,32767,1,1,S");
+        for (size_t i = 0; i < analog.size(); ++i) {
+            const QList<QByteArray> f = QByteArray::fromStdString(analog[i] + "|||").split('|');
+            lines.push_back(std::to_string(i + 1) + "," +
+                            (f[0] + "," + f[3] + "," + f[2] + "," + f[1]).toStdString() +
+                            ",1,0,0,-32767,32767,1,1,S");
+        }
         for (size_t i = 0; i < status.size(); ++i)
             lines.push_back(std::to_string(i + 1) + "," + status[i] + ",," +
                             (i < statusCcbm.size() ? statusCcbm[i] : std::string()) + ",0");
@@ -74,19 +69,9 @@ std::vector<uint16_t> u16(std::initializer_list<int> values)
 
 TEST_F(UnitSuggest, ChineseBusVoltagesGoToEveryLineOfCurrents)
 {
-    load({{"母线电压 Ua", "V"},
-          {"母线电压 Ub", "V"},
-          {"母线电压 Uc", "V"},
-          {"母线电压 3U0", "V"},
-          {"线路1 Ia", "A"},
-          {"线路1 Ib", "A"},
-          {"线路1 Ic", "A"},
-          {"线路1 3I0", "A"},
-          {"线路2 Ia", "A"},
-          {"线路2 Ib", "A"},
-          {"线路2 Ic", "A"},
-          {"线路2 零序电流", "A"},
-          {"频率", "Hz"}},
+    load({"母线电压 Ua|V", "母线电压 Ub|V", "母线电压 Uc|V", "母线电压 3U0|V", "线路1 Ia|A", "线路1 Ib|A",
+          "线路1 Ic|A", "线路1 3I0|A", "线路2 Ia|A", "线路2 Ib|A", "线路2 Ic|A", "线路2 零序电流|A",
+          "频率|Hz"},
          {"线路2 跳闸", "线路1 A相跳闸", "录波启动"});
     const std::vector<UnitSuggestion> s = SuggestUnits(*file);
     ASSERT_EQ(s.size(), 2u);
@@ -112,31 +97,15 @@ TEST_F(UnitSuggest, ChineseBusVoltagesGoToEveryLineOfCurrents)
 TEST_F(UnitSuggest, CompactAndNumberedEnglishNames)
 {
     // "Uo" and "3I0" are the neutral places; "UA1"/"IA2" number the bay behind the phase.
-    load({{"Ua", "kV"},
-          {"Ub", "kV"},
-          {"Uc", "kV"},
-          {"Uo", "kV"},
-          {"Ia", "A"},
-          {"Ib", "A"},
-          {"Ic", "A"},
-          {"3I0", "A"}});
+    load({"Ua|kV", "Ub|kV", "Uc|kV", "Uo|kV", "Ia|A", "Ib|A", "Ic|A", "3I0|A"});
     std::vector<UnitSuggestion> s = SuggestUnits(*file);
     ASSERT_EQ(s.size(), 1u);
     EXPECT_EQ(line(s[0]).name, QByteArray("Line"));
     EXPECT_EQ(line(s[0]).tvChns[0], (ChannelSet{1, 2, 3, 4}));
     EXPECT_EQ(line(s[0]).taChns, (ChannelSet{5, 6, 7, 8}));
 
-    load({{"UA1", "V"},
-          {"UB1", "V"},
-          {"UC1", "V"},
-          {"IA1", "A"},
-          {"IB1", "A"},
-          {"IC1", "A"},
-          {"IA2", "A"},
-          {"IB2", "A"},
-          {"IC2", "A"},
-          {"I02", "A"},
-          {"UAB1", "V"}});
+    load(
+        {"UA1|V", "UB1|V", "UC1|V", "IA1|A", "IB1|A", "IC1|A", "IA2|A", "IB2|A", "IC2|A", "I02|A", "UAB1|V"});
     s = SuggestUnits(*file);
     ASSERT_EQ(s.size(), 2u);
     EXPECT_EQ(line(s[0]).name, QByteArray("Line 1"));
@@ -150,13 +119,9 @@ TEST_F(UnitSuggest, CompactAndNumberedEnglishNames)
 
 TEST_F(UnitSuggest, WordsForPhasesAndQuantities)
 {
-    load({{"275 StationA 1 Red Ph Volts", "kV"},
-          {"275 StationA 1 White Ph Volts", "kV"},
-          {"275 StationA 1 Blue Ph Volts", "kV"},
-          {"275 StationA 1 Red Ph Amps", "A"},
-          {"275 StationA 1 White Ph Amps", "A"},
-          {"275 StationA 1 Blue Ph Amps", "A"},
-          {"275 StationA 1 Neutral Amps", "A"}});
+    load({"275 StationA 1 Red Ph Volts|kV", "275 StationA 1 White Ph Volts|kV",
+          "275 StationA 1 Blue Ph Volts|kV", "275 StationA 1 Red Ph Amps|A", "275 StationA 1 White Ph Amps|A",
+          "275 StationA 1 Blue Ph Amps|A", "275 StationA 1 Neutral Amps|A"});
     std::vector<UnitSuggestion> s = SuggestUnits(*file);
     ASSERT_EQ(s.size(), 1u);
     EXPECT_EQ(line(s[0]).name, QByteArray("275 StationA 1"));
@@ -164,26 +129,20 @@ TEST_F(UnitSuggest, WordsForPhasesAndQuantities)
     EXPECT_EQ(line(s[0]).taChns, (ChannelSet{4, 5, 6, 7}));
 
     // R/Y/B: "B" is the third phase; R/S/T likewise.
-    load({{"VR", "V"}, {"VY", "V"}, {"VB", "V"}, {"IR", "A"}, {"IY", "A"}, {"IB", "A"}});
+    load({"VR|V", "VY|V", "VB|V", "IR|A", "IY|A", "IB|A"});
     s = SuggestUnits(*file);
     ASSERT_EQ(s.size(), 1u);
     EXPECT_EQ(line(s[0]).tvChns[0], (ChannelSet{1, 2, 3, 0}));
     EXPECT_EQ(line(s[0]).taChns, (ChannelSet{4, 5, 6, 0}));
-    load({{"IT", "A"}, {"IS", "A"}, {"IR", "A"}, {"UR", "V"}, {"US", "V"}, {"UT", "V"}});
+    load({"IT|A", "IS|A", "IR|A", "UR|V", "US|V", "UT|V"});
     s = SuggestUnits(*file);
     ASSERT_EQ(s.size(), 1u);
     EXPECT_EQ(line(s[0]).tvChns[0], (ChannelSet{4, 5, 6, 0}));
     EXPECT_EQ(line(s[0]).taChns, (ChannelSet{3, 2, 1, 0}));
 
     // "Line 1 IN": the neutral, although "LINE" holds "IN" too.
-    load({{"Line 1 VA", "V"},
-          {"Line 1 VB", "V"},
-          {"Line 1 VC", "V"},
-          {"Line 1 IA", "A"},
-          {"Line 1 IB", "A"},
-          {"Line 1 IC", "A"},
-          {"Line 1 IN", "A"},
-          {"Line 2 IA", "A"}});
+    load({"Line 1 VA|V", "Line 1 VB|V", "Line 1 VC|V", "Line 1 IA|A", "Line 1 IB|A", "Line 1 IC|A",
+          "Line 1 IN|A", "Line 2 IA|A"});
     s = SuggestUnits(*file);
     ASSERT_EQ(s.size(), 2u);
     EXPECT_EQ(line(s[0]).name, QByteArray("Line 1"));
@@ -196,15 +155,8 @@ TEST_F(UnitSuggest, MonitoredComponentAndPhaseFieldDecide)
 {
     // Names that say nothing; the phase field and the component do. Two current sets of one
     // component fill the line's first and second current sets. Status by component.
-    load({{"Ch1", "V", "Feeder 7", "A"},
-          {"Ch2", "V", "Feeder 7", "B"},
-          {"Ch3", "V", "Feeder 7", "C"},
-          {"IA", "A", "Feeder 7"},
-          {"IB", "A", "Feeder 7"},
-          {"IC", "A", "Feeder 7"},
-          {"IA", "A", "Feeder 7"},
-          {"Ch8", "A", "Feeder 8", "N"},
-          {"Ch9", "A", "", "B"}},
+    load({"Ch1|V|Feeder 7|A", "Ch2|V|Feeder 7|B", "Ch3|V|Feeder 7|C", "IA|A|Feeder 7", "IB|A|Feeder 7",
+          "IC|A|Feeder 7", "IA|A|Feeder 7", "Ch8|A|Feeder 8|N", "Ch9|A||B"},
          {"Trip", "Trip"}, {"Feeder 8", "Feeder 7"});
     const std::vector<UnitSuggestion> s = SuggestUnits(*file);
     ASSERT_EQ(s.size(), 3u);
@@ -225,25 +177,10 @@ TEST_F(UnitSuggest, MonitoredComponentAndPhaseFieldDecide)
 
 TEST_F(UnitSuggest, TwoWindingSidesMakeATransformer)
 {
-    load({{"主变高压侧 Ua", "kV"},
-          {"主变高压侧 Ub", "kV"},
-          {"主变高压侧 Uc", "kV"},
-          {"主变高压侧 Ia", "A"},
-          {"主变高压侧 Ib", "A"},
-          {"主变高压侧 Ic", "A"},
-          {"主变低压侧 Ua", "kV"},
-          {"主变低压侧 Ub", "kV"},
-          {"主变低压侧 Uc", "kV"},
-          {"主变低压侧 Ia", "A"},
-          {"主变低压侧 Ib", "A"},
-          {"主变低压侧 Ic", "A"},
-          {"T2 HV IA", "A"},
-          {"T2 HV IB", "A"},
-          {"T2 HV IC", "A"},
-          {"T2 LV IA", "A"},
-          {"T2 LV IB", "A"},
-          {"T2 LV IC", "A"},
-          {"Feeder HV IA", "A"}});
+    load({"主变高压侧 Ua|kV", "主变高压侧 Ub|kV", "主变高压侧 Uc|kV", "主变高压侧 Ia|A", "主变高压侧 Ib|A",
+          "主变高压侧 Ic|A", "主变低压侧 Ua|kV", "主变低压侧 Ub|kV", "主变低压侧 Uc|kV", "主变低压侧 Ia|A",
+          "主变低压侧 Ib|A", "主变低压侧 Ic|A", "T2 HV IA|A", "T2 HV IB|A", "T2 HV IC|A", "T2 LV IA|A",
+          "T2 LV IB|A", "T2 LV IC|A", "Feeder HV IA|A"});
     const std::vector<UnitSuggestion> s = SuggestUnits(*file);
     ASSERT_EQ(s.size(), 3u);
     ASSERT_EQ(s[0].kind, CmtdInfTrwk_Unit::KindTransformer);
@@ -270,13 +207,8 @@ TEST_F(UnitSuggest, TwoWindingSidesMakeATransformer)
 TEST_F(UnitSuggest, OtherNamingHabits)
 {
     // IEC phase names L1, L2, L3; line voltages without currents are the bus of the line.
-    load({{"LINE_UL1", "V"},
-          {"LINE_UL2", "V"},
-          {"LINE_UL3", "V"},
-          {"LINE_A_IL1", "A"},
-          {"LINE_A_IL2", "A"},
-          {"LINE_A_IL3", "A"},
-          {"LINE_A_IN", "A"}});
+    load({"LINE_UL1|V", "LINE_UL2|V", "LINE_UL3|V", "LINE_A_IL1|A", "LINE_A_IL2|A", "LINE_A_IL3|A",
+          "LINE_A_IN|A"});
     std::vector<UnitSuggestion> s = SuggestUnits(*file);
     ASSERT_EQ(s.size(), 1u);
     EXPECT_EQ(line(s[0]).name, QByteArray("LINE A"));
@@ -286,14 +218,8 @@ TEST_F(UnitSuggest, OtherNamingHabits)
     // The phase field names the phase; "IA" inside the name goes, the rest ("W", "Y") is the
     // bay, and "Y", the one bay of three phase voltages alone, is the bus of "W". A unit in
     // brackets is no bay; direct-current channels belong to no line.
-    load({{"IAW", "A", "", "A"},
-          {"IBW", "A", "", "B"},
-          {"ICW", "A", "", "C"},
-          {"VAY", "kV", "", "A"},
-          {"VBY", "kV", "", "B"},
-          {"VCY", "kV", "", "C"},
-          {"VA(kV)", "kV"},
-          {"直流1+", "V", "", "A"}});
+    load({"IAW|A||A", "IBW|A||B", "ICW|A||C", "VAY|kV||A", "VBY|kV||B", "VCY|kV||C", "VA(kV)|kV",
+          "直流1+|V||A"});
     s = SuggestUnits(*file);
     ASSERT_EQ(s.size(), 2u);
     EXPECT_EQ(line(s[0]).name, QByteArray("W"));
@@ -304,7 +230,7 @@ TEST_F(UnitSuggest, OtherNamingHabits)
     EXPECT_FALSE(line(s[0]).UsesAnalogChannel(8) || line(s[1]).UsesAnalogChannel(8));
 
     // A lone "Ux" is no bus.
-    load({{"Ux", "V", "", "N"}, {"Ia2", "A"}, {"Ib2", "A"}});
+    load({"Ux|V||N", "Ia2|A", "Ib2|A"});
     s = SuggestUnits(*file);
     ASSERT_EQ(s.size(), 2u);
     EXPECT_EQ(line(s[0]).tvChns[0], (ChannelSet{0, 0, 0, 1}));
@@ -314,12 +240,8 @@ TEST_F(UnitSuggest, OtherNamingHabits)
 
 TEST_F(UnitSuggest, WindingSidesInTheMonitoredComponent)
 {
-    load({{"Ia", "A", "1号主变高压侧电流"},
-          {"Ib", "A", "1号主变高压侧电流"},
-          {"Ic", "A", "1号主变高压侧电流"},
-          {"Ia", "A", "1号主变低压侧电流"},
-          {"Ib", "A", "1号主变低压侧电流"},
-          {"Ic", "A", "1号主变低压侧电流"}});
+    load({"Ia|A|1号主变高压侧电流", "Ib|A|1号主变高压侧电流", "Ic|A|1号主变高压侧电流",
+          "Ia|A|1号主变低压侧电流", "Ib|A|1号主变低压侧电流", "Ic|A|1号主变低压侧电流"});
     const std::vector<UnitSuggestion> s = SuggestUnits(*file);
     ASSERT_EQ(s.size(), 1u);
     ASSERT_EQ(s[0].kind, CmtdInfTrwk_Unit::KindTransformer);
@@ -332,8 +254,7 @@ TEST_F(UnitSuggest, WindingSidesInTheMonitoredComponent)
 
 TEST_F(UnitSuggest, ChannelsOfExistingUnitsAreNotProposedAgain)
 {
-    load({{"UA1", "V"}, {"UB1", "V"}, {"UC1", "V"}, {"IA1", "A"}, {"IA2", "A"}, {"IB2", "A"}},
-         {"Line 2 trip"});
+    load({"UA1|V", "UB1|V", "UC1|V", "IA1|A", "IA2|A", "IB2|A"}, {"Line 2 trip"});
     auto existing = std::make_unique<CmtdInfTrwk_UnitLine>();
     existing->name = "Line 1";
     existing->tvChns[0] = ChannelSet{1, 2, 3, 0};
