@@ -43,7 +43,7 @@ protected:
     QTemporaryDir dir;
 };
 
-TEST_F(OptionsTest, MissingFileKeepsDefaults)
+TEST_F(OptionsTest, MissingFilesKeepDefaults)
 {
     CGlobalOptions options;
     options.loadFrom(directory(), "absent");
@@ -54,6 +54,12 @@ TEST_F(OptionsTest, MissingFileKeepsDefaults)
     EXPECT_EQ(options.cvtToCmtd, nullptr);
     EXPECT_EQ(options.convertRecorderFile("x"), 0);
     EXPECT_EQ(options.runLineAnalysis("x", 1, 0), 0);
+    // Plug-in libraries that are not there stay absent.
+    write("p.INI", "TrwkCvtLib=libnot_there.so\nTrwkAnaLib=libnor_this.so\n");
+    options.loadFrom(directory(), "p");
+    EXPECT_TRUE(options.libraries.isEmpty());
+    EXPECT_EQ(options.cvtToCmtd, nullptr);
+    EXPECT_EQ(options.anaUseIoFlag, nullptr);
 }
 
 TEST_F(OptionsTest, KeysAreReadAsTheFileFormatSays)
@@ -201,16 +207,6 @@ TEST_F(OptionsTest, LanguageFileSectionsAndSelection)
     options.selectLanguage("Klingon");
     EXPECT_EQ(options.currentLanguage, options.languages[0]);
     EXPECT_EQ(options.language, "english");
-}
-
-TEST_F(OptionsTest, MissingPluginLibrariesStayAbsent)
-{
-    write("p.INI", "TrwkCvtLib=libnot_there.so\nTrwkAnaLib=libnor_this.so\n");
-    CGlobalOptions options;
-    options.loadFrom(directory(), "p");
-    EXPECT_TRUE(options.libraries.isEmpty());
-    EXPECT_EQ(options.cvtToCmtd, nullptr);
-    EXPECT_EQ(options.anaUseIoFlag, nullptr);
 }
 
 } // namespace

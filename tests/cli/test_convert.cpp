@@ -2,38 +2,20 @@
 // a full disk, two runs at once, and values the target form cannot hold.
 
 #include "../tinyfolder.h"
+#include "clirun.h"
 #include "tolerance.h"
 
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
-#include <QJsonDocument>
 #include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <functional>
 
 namespace {
-
-struct CliResult
-{
-    int code = -1;
-    QByteArray out;
-    QByteArray err;
-};
-
-CliResult cli(const QStringList &arguments, const std::function<void()> &inChild = {})
-{
-    QProcess process;
-    if (inChild)
-        process.setChildProcessModifier(inChild);
-    process.start(QStringLiteral(VELDRIX_CLI), arguments);
-    process.waitForFinished(60000);
-    return CliResult{process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
-}
 
 QByteArray checksum(const QString &path)
 {
@@ -48,33 +30,9 @@ QStringList namesIn(const QString &folder)
     return QDir(folder).entryList(QDir::Files | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
 }
 
-// An ASCII recording at 1 kHz of two analog channels (a sine of `amplitude` raw steps and a
-// channel in kV) and one status channel, `points` long, under `name` in `folder`.
-QString writeRecording(const QString &folder, const QString &name, int points, int amplitude)
+QJsonObject samplesOf(const QString &path)
 {
-    const QString base = folder + QLatin1Char('/') + name;
-    QFile cfg(base + QStringLiteral(".cfg"));
-    EXPECT_TRUE(cfg.open(QIODevice::WriteOnly));
-    cfg.write("Station,Device,1999\n3,2A,1D\n1,UA,A,Bay 1,V,0.1,0,0,-32767,32767,1,1,S\n"
-              "2,UB,B,Bay 1,kV,0.001,0,0,-32767,32767,110,0.1,P\n1,Trip,,,0\n50\n1\n");
-    cfg.write("1000," + QByteArray::number(points) + "\n");
-    cfg.write("01/02/2024,10:00:00.000000\n01/02/2024,10:00:00.100000\nASCII\n1\n");
-    QFile dat(base + QStringLiteral(".dat"));
-    EXPECT_TRUE(dat.open(QIODevice::WriteOnly));
-    QByteArray text;
-    for (int n = 0; n < points; ++n) {
-        const int ua = int(std::lround(amplitude * std::sin(2 * M_PI * 50.0 * n / 1000.0)));
-        text += QByteArray::number(n + 1) + ',' + QByteArray::number(n * 1000) + ',' +
-                QByteArray::number(ua) + ',' + QByteArray::number(n % 2 ? n % 3000 : -(n % 3000)) + ',' +
-                (n % 100 < 50 ? "1" : "0") + '\n';
-    }
-    dat.write(text);
-    return base + QStringLiteral(".cfg");
-}
-
-QJsonDocument samplesOf(const QString &path)
-{
-    return QJsonDocument::fromJson(cli({QStringLiteral("samples"), QStringLiteral("--json"), path}).out);
+    return cli({"samples", "--json", path}).json();
 }
 
 } // namespace
@@ -82,39 +40,35 @@ QJsonDocument samplesOf(const QString &path)
 TEST(Convert, RefusesNamesThatAreNoRecordingsAndOutputsThatAreItsInput)
 {
     QTemporaryDir dir;
-    const QString input = writeRecording(dir.path(), QStringLiteral("rec"), 400, 1000);
-    const QString dat = dir.filePath(QStringLiteral("rec.dat"));
+    const QString input = writeRecording(dir.path());
+    const QString dat = dir.filePath("rec.dat");
     const QByteArray cfgSum = checksum(input);
     const QByteArray datSum = checksum(dat);
-    ASSERT_TRUE(QFile::link(input, dir.filePath(QStringLiteral("link.cfg"))));
-    ASSERT_TRUE(QDir(dir.path()).mkdir(QStringLiteral("sub")));
+    ASSERT_TRUE(QFile::link(input, dir.filePath("link.cfg")));
+    ASSERT_TRUE(QDir(dir.path()).mkdir("sub"));
     const QStringList before = namesIn(dir.path());
 
-    for (const QString &out :
-         {input, dir.filePath(QStringLiteral("link.cfg")), dir.filePath(QStringLiteral("sub/../rec.cfg"))}) {
-        const CliResult run = cli({QStringLiteral("convert"), input, out, QStringLiteral("--binary")});
+    for (const QString &out : {input, dir.filePath("link.cfg"), dir.filePath("sub/../rec.cfg")}) {
+        const CliRun run = cli({"convert", input, out, "--binary"});
         EXPECT_EQ(run.code, 2) << out.toStdString();
         EXPECT_TRUE(run.err.contains("recording being read")) << run.err.constData();
     }
     // Names that are no recording's create nothing.
     for (const char *name : {"z.txt", "z", "z.dat"}) {
-        const CliResult run = cli({QStringLiteral("convert"), input, dir.filePath(QLatin1String(name))});
+        const CliRun run = cli({"convert", input, dir.filePath(QLatin1String(name))});
         EXPECT_EQ(run.code, 2) << name;
         EXPECT_TRUE(run.err.contains(".cfg or .cff")) << run.err.constData();
     }
-    EXPECT_EQ(cli({QStringLiteral("convert"), input, dir.filePath(QStringLiteral("y.cfg")),
-                   QStringLiteral("--revision"), QStringLiteral("1998")})
-                  .code,
-              2);
+    EXPECT_EQ(cli({"convert", input, dir.filePath("y.cfg"), "--revision", "1998"}).code, 2);
     EXPECT_EQ(namesIn(dir.path()), before);
     EXPECT_EQ(checksum(input), cfgSum);
     EXPECT_EQ(checksum(dat), datSum);
 
     // The single-file form onto itself.
-    const QString cff = dir.filePath(QStringLiteral("one.cff"));
-    ASSERT_EQ(cli({QStringLiteral("convert"), input, cff}).code, 0);
+    const QString cff = dir.filePath("one.cff");
+    ASSERT_EQ(cli({"convert", input, cff}).code, 0);
     const QByteArray cffSum = checksum(cff);
-    EXPECT_EQ(cli({QStringLiteral("convert"), cff, cff, QStringLiteral("--ascii")}).code, 2);
+    EXPECT_EQ(cli({"convert", cff, cff, "--ascii"}).code, 2);
     EXPECT_EQ(checksum(cff), cffSum);
     EXPECT_EQ(samplesOf(cff), samplesOf(input));
 }
@@ -122,70 +76,61 @@ TEST(Convert, RefusesNamesThatAreNoRecordingsAndOutputsThatAreItsInput)
 TEST(Convert, FullDiskFailsWithTheReasonAndLeavesTheEarlierFiles)
 {
     QTemporaryDir dir;
-    const QString input = writeRecording(dir.path(), QStringLiteral("big"), 8000, 20000);
-    auto expectSentinelsKept = [](const QString &folder, const CliResult &run, const char *reason) {
+    const QString input = writeRecording(dir.path(), "big", 8000, 20000);
+    auto expectSentinelsKept = [](const QString &folder, const CliRun &run, const char *reason) {
         EXPECT_NE(run.code, 0);
         EXPECT_TRUE(run.err.contains(reason)) << run.err.constData();
         EXPECT_TRUE(run.err.contains("out.")) << run.err.constData();
-        QFile cfg(folder + QStringLiteral("/out.cfg"));
-        QFile dat(folder + QStringLiteral("/out.dat"));
+        QFile cfg(folder + "/out.cfg");
+        QFile dat(folder + "/out.dat");
         EXPECT_TRUE(cfg.open(QIODevice::ReadOnly) && cfg.readAll() == "old config");
         EXPECT_TRUE(dat.open(QIODevice::ReadOnly) && dat.readAll() == "old data");
-        EXPECT_EQ(namesIn(folder), (QStringList{QStringLiteral("out.cfg"), QStringLiteral("out.dat")}));
+        EXPECT_EQ(namesIn(folder), (QStringList{"out.cfg", "out.dat"}));
     };
     auto putSentinels = [](const QString &folder) {
-        QFile cfg(folder + QStringLiteral("/out.cfg"));
-        QFile dat(folder + QStringLiteral("/out.dat"));
-        ASSERT_TRUE(cfg.open(QIODevice::WriteOnly) && dat.open(QIODevice::WriteOnly));
-        cfg.write("old config");
-        dat.write("old data");
+        put(folder + "/out.cfg", "old config");
+        put(folder + "/out.dat", "old data");
     };
 
     TinyFolder tiny(64);
     if (tiny.isMounted()) {
         putSentinels(tiny.path());
-        const CliResult run = cli({QStringLiteral("convert"), input, tiny.filePath(QStringLiteral("out.cfg")),
-                                   QStringLiteral("--ascii")});
+        const CliRun run = cli({"convert", input, tiny.filePath("out.cfg"), "--ascii"});
         expectSentinelsKept(tiny.path(), run, "No space left on device");
     }
     QTemporaryDir target;
     putSentinels(target.path());
-    const CliResult run =
-        cli({QStringLiteral("convert"), input, target.filePath(QStringLiteral("out.cfg"))}, [] {
-            std::signal(SIGXFSZ, SIG_IGN);
-            rlimit limit{};
-            ::getrlimit(RLIMIT_FSIZE, &limit);
-            limit.rlim_cur = 16 * 1024;
-            ::setrlimit(RLIMIT_FSIZE, &limit);
-        });
+    const CliRun run = cli({"convert", input, target.filePath("out.cfg")}, [] {
+        std::signal(SIGXFSZ, SIG_IGN);
+        rlimit limit{};
+        ::getrlimit(RLIMIT_FSIZE, &limit);
+        limit.rlim_cur = 16 * 1024;
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    });
     expectSentinelsKept(target.path(), run, "File too large");
 }
 
 TEST(Convert, TwoRunsAtOnceLeaveOneWholeRecording)
 {
     QTemporaryDir dir;
-    const QString first = writeRecording(dir.path(), QStringLiteral("p"), 30000, 1000);
-    const QString second = writeRecording(dir.path(), QStringLiteral("q"), 20000, 3000);
-    const QJsonDocument expectFirst = samplesOf(first);
-    const QJsonDocument expectSecond = samplesOf(second);
+    const QString first = writeRecording(dir.path(), "p", 30000);
+    const QString second = writeRecording(dir.path(), "q", 20000, 3000);
+    const QJsonObject expectFirst = samplesOf(first);
+    const QJsonObject expectSecond = samplesOf(second);
     ASSERT_NE(expectFirst, expectSecond);
-    const QString out = dir.filePath(QStringLiteral("out.cfg"));
+    const QString out = dir.filePath("out.cfg");
     for (int round = 0; round < 4; ++round) {
         QProcess a;
         QProcess b;
-        a.start(QStringLiteral(VELDRIX_CLI),
-                {QStringLiteral("convert"), first, out, QStringLiteral("--binary")});
-        b.start(QStringLiteral(VELDRIX_CLI),
-                {QStringLiteral("convert"), second, out, QStringLiteral("--binary")});
+        a.start(QStringLiteral(VELDRIX_CLI), {"convert", first, out, "--binary"});
+        b.start(QStringLiteral(VELDRIX_CLI), {"convert", second, out, "--binary"});
         ASSERT_TRUE(a.waitForFinished(60000) && b.waitForFinished(60000));
         EXPECT_EQ(a.exitCode(), 0) << a.readAllStandardError().constData();
         EXPECT_EQ(b.exitCode(), 0) << b.readAllStandardError().constData();
-        const QJsonDocument result = samplesOf(out);
+        const QJsonObject result = samplesOf(out);
         EXPECT_TRUE(result == expectFirst || result == expectSecond) << "round " << round;
     }
-    EXPECT_EQ(namesIn(dir.path()),
-              (QStringList{QStringLiteral("out.cfg"), QStringLiteral("out.dat"), QStringLiteral("p.cfg"),
-                           QStringLiteral("p.dat"), QStringLiteral("q.cfg"), QStringLiteral("q.dat")}));
+    EXPECT_EQ(namesIn(dir.path()), (QStringList{"out.cfg", "out.dat", "p.cfg", "p.dat", "q.cfg", "q.dat"}));
 }
 
 TEST(Convert, ValuesThatAreNoNumbersRefuseAnOlderForm)
@@ -199,30 +144,20 @@ TEST(Convert, ValuesThatAreNoNumbersRefuseAnOlderForm)
         bytes.append(reinterpret_cast<const char *>(head), 8);
         bytes.append(reinterpret_cast<const char *>(&value), 4);
     }
-    QFile dat(dir.filePath(QStringLiteral("f.dat")));
-    ASSERT_TRUE(dat.open(QIODevice::WriteOnly));
-    dat.write(bytes);
-    dat.close();
-    QFile cfg(dir.filePath(QStringLiteral("f.cfg")));
-    ASSERT_TRUE(cfg.open(QIODevice::WriteOnly));
-    cfg.write(
+    put(dir.filePath("f.dat"), bytes);
+    put(dir.filePath("f.cfg"),
         "S,R,2013\n1,1A,0D\n1,Ifault,A,,A,1,0,0,-1,1,1,1,S\n50\n1\n1000,10\n01/02/2024,10:00:00.000000\n"
         "01/02/2024,10:00:00.000000\nFLOAT32\n1\n0,0\n0,0\n");
-    cfg.close();
 
-    const CliResult refused = cli({QStringLiteral("convert"), dir.filePath(QStringLiteral("f.cfg")),
-                                   dir.filePath(QStringLiteral("old.cfg")), QStringLiteral("--binary"),
-                                   QStringLiteral("--revision"), QStringLiteral("1999")});
+    const CliRun refused =
+        cli({"convert", dir.filePath("f.cfg"), dir.filePath("old.cfg"), "--binary", "--revision", "1999"});
     EXPECT_EQ(refused.code, 2);
     EXPECT_TRUE(refused.err.contains("Ifault") && refused.err.contains("sample 7"))
         << refused.err.constData();
-    EXPECT_FALSE(QFile::exists(dir.filePath(QStringLiteral("old.cfg"))));
-    EXPECT_FALSE(QFile::exists(dir.filePath(QStringLiteral("old.dat"))));
+    EXPECT_FALSE(QFile::exists(dir.filePath("old.cfg")));
+    EXPECT_FALSE(QFile::exists(dir.filePath("old.dat")));
     // The recording's own revision has a marker for it.
-    EXPECT_EQ(cli({QStringLiteral("convert"), dir.filePath(QStringLiteral("f.cfg")),
-                   dir.filePath(QStringLiteral("new.cfg")), QStringLiteral("--binary")})
-                  .code,
-              0);
+    EXPECT_EQ(cli({"convert", dir.filePath("f.cfg"), dir.filePath("new.cfg"), "--binary"}).code, 0);
 }
 
 TEST(Convert, RescansTheValuesForAMultiplierThatFitsAndMapsTheConfiguredRange)
@@ -232,24 +167,19 @@ TEST(Convert, RescansTheValuesForAMultiplierThatFitsAndMapsTheConfiguredRange)
     // so a running extreme that only moves the minimum on a sample that did not raise the maximum
     // never sees its lowest value; "Swing" reaches farther below zero than above it.
     QTemporaryDir dir;
-    QFile cfg(dir.filePath(QStringLiteral("wide.cfg")));
-    ASSERT_TRUE(cfg.open(QIODevice::WriteOnly));
-    cfg.write("S,D,1999\n2,2A,0D\n1,Rise,A,,V,1,0,0,-1000000,1000000,1,1,S\n"
-              "2,Swing,B,,V,1,0,0,-1000000,1000000,1,1,S\n50\n1\n1000,6\n"
-              "01/02/2024,10:00:00.000000\n01/02/2024,10:00:00.000000\nASCII\n1\n");
-    cfg.close();
+    put(dir.filePath("wide.cfg"), "S,D,1999\n2,2A,0D\n1,Rise,A,,V,1,0,0,-1000000,1000000,1,1,S\n"
+                                  "2,Swing,B,,V,1,0,0,-1000000,1000000,1,1,S\n50\n1\n1000,6\n"
+                                  "01/02/2024,10:00:00.000000\n01/02/2024,10:00:00.000000\nASCII\n1\n");
     const int rise[6] = {0, 20000, 40000, 60000, 80000, 90000};
     const int swing[6] = {100, -70000, 500, 30000, 0, -10};
-    QFile dat(dir.filePath(QStringLiteral("wide.dat")));
-    ASSERT_TRUE(dat.open(QIODevice::WriteOnly));
+    QByteArray dat;
     for (int n = 0; n < 6; ++n)
-        dat.write(QByteArray::number(n + 1) + ',' + QByteArray::number(n * 1000) + ',' +
-                  QByteArray::number(rise[n]) + ',' + QByteArray::number(swing[n]) + '\n');
-    dat.close();
+        dat += QByteArray::number(n + 1) + ',' + QByteArray::number(n * 1000) + ',' +
+               QByteArray::number(rise[n]) + ',' + QByteArray::number(swing[n]) + '\n';
+    put(dir.filePath("wide.dat"), dat);
 
-    const QString out = dir.filePath(QStringLiteral("out.cfg"));
-    const CliResult run = cli({QStringLiteral("convert"), dir.filePath(QStringLiteral("wide.cfg")), out,
-                               QStringLiteral("--binary")});
+    const QString out = dir.filePath("out.cfg");
+    const CliRun run = cli({"convert", dir.filePath("wide.cfg"), out, "--binary"});
     ASSERT_EQ(run.code, 0) << run.err.constData();
 
     // The multiplier is the farthest value over the largest 16-bit magnitude: 90000 / 32767 for
@@ -274,7 +204,7 @@ TEST(Convert, RescansTheValuesForAMultiplierThatFitsAndMapsTheConfiguredRange)
 
     // The raw samples, worked by hand as value × 32767 / reach rounded: the farthest value of each
     // channel takes the whole 16-bit range, and none is held at the limit short of its value.
-    QFile data(dir.filePath(QStringLiteral("out.dat")));
+    QFile data(dir.filePath("out.dat"));
     ASSERT_TRUE(data.open(QIODevice::ReadOnly));
     const QByteArray bytes = data.readAll();
     ASSERT_EQ(bytes.size(), 6 * 12); // number, stamp, two 16-bit values
@@ -294,14 +224,11 @@ TEST(Convert, TheExtensionFileGoesWithThePair)
 {
     // A line unit in the input's extension file comes out beside the copy and reads back.
     QTemporaryDir dir;
-    const QString input = writeRecording(dir.path(), QStringLiteral("rec"), 400, 1000);
-    QFile inf(dir.filePath(QStringLiteral("rec.inf")));
-    ASSERT_TRUE(inf.open(QIODevice::WriteOnly));
-    inf.write("[TRWK Line_#1]\nDEV_ID=1,Bay 1\nLENGTH=17.5(km)\nTA_CHNS=1,0,0,0,1\n");
-    inf.close();
-    const QString out = dir.filePath(QStringLiteral("copy.cfg"));
-    ASSERT_EQ(cli({QStringLiteral("convert"), input, out}).code, 0);
-    QFile copy(dir.filePath(QStringLiteral("copy.inf")));
+    const QString input = writeRecording(dir.path());
+    put(dir.filePath("rec.inf"), "[TRWK Line_#1]\nDEV_ID=1,Bay 1\nLENGTH=17.5(km)\nTA_CHNS=1,0,0,0,1\n");
+    const QString out = dir.filePath("copy.cfg");
+    ASSERT_EQ(cli({"convert", input, out}).code, 0);
+    QFile copy(dir.filePath("copy.inf"));
     ASSERT_TRUE(copy.open(QIODevice::ReadOnly));
     const QByteArray text = copy.readAll();
     EXPECT_NE(text.indexOf("[TRWK Line_#1]"), -1);

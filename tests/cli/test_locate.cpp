@@ -29,7 +29,7 @@ QString writeEnd(const QTemporaryDir &dir, const char *name, const linefault::En
                ",1,0,0,-1000000,1000000,1,1,S\n";
     cfg += "50\n1\n10000,2000\n01/01/2025,10:00:00.000000\n01/01/"
            "2025,10:00:00.100000\nFLOAT32\n1\n+0h00,+0h00\n0,0\n";
-    put(base + QStringLiteral(".cfg"), cfg);
+    put(base + ".cfg", cfg);
     std::vector<float> waves[6];
     for (int p = 0; p < 3; ++p) {
         waves[p] = linefault::Wave(e.preU[p], e.u[p], 2200, 10000.0, kPoints, kFaultAt);
@@ -42,24 +42,18 @@ QString writeEnd(const QTemporaryDir &dir, const char *name, const linefault::En
         for (const std::vector<float> &w : waves)
             dat.append(reinterpret_cast<const char *>(&w[size_t(k)]), sizeof(float));
     }
-    put(base + QStringLiteral(".dat"), dat);
-    return base + QStringLiteral(".cfg");
+    put(base + ".dat", dat);
+    return base + ".cfg";
 }
 
 // The arguments of one end: channels by name and by index, 220 kV / 100 V, 1250 A / 5 A.
 QStringList endArguments(const char *prefix, const QString &path, const char *start = nullptr)
 {
     const QString p = QLatin1String(prefix);
-    QStringList args{p,
-                     path,
-                     p + QStringLiteral("-channels"),
-                     QStringLiteral("ua,UB,A3,IA,ib,A6"),
-                     p + QStringLiteral("-tv"),
-                     QStringLiteral("220,100"),
-                     p + QStringLiteral("-ta"),
-                     QStringLiteral("1250,5")};
+    QStringList args{p,         path,      p + "-channels", "ua,UB,A3,IA,ib,A6",
+                     p + "-tv", "220,100", p + "-ta",       "1250,5"};
     if (start)
-        args << p + QStringLiteral("-start") << QLatin1String(start);
+        args << p + "-start" << QLatin1String(start);
     return args;
 }
 
@@ -78,8 +72,7 @@ struct Recordings
     }
     QStringList arguments(const char *line, const char *start = nullptr) const
     {
-        return QStringList{QStringLiteral("locate"), QStringLiteral("--json"), QStringLiteral("--line"),
-                           QLatin1String(line)} +
+        return QStringList{"locate", "--json", "--line", QLatin1String(line)} +
                endArguments("--m", pathM, start) + endArguments("--n", pathN, start);
     }
     QTemporaryDir dir;
@@ -94,28 +87,25 @@ TEST(CliLocate, FindsTheComputedFault)
     const CliRun run = cli(r.arguments("100,0.03,0.3,0.012,0.25,1.0", "1100"));
     ASSERT_EQ(run.code, 0) << run.err.constData();
     const QJsonObject out = run.json();
-    EXPECT_EQ(out.value(QStringLiteral("code")).toInt(), 0);
-    EXPECT_NEAR(out.value(QStringLiteral("positionKm")).toDouble(), 64.2, 0.01);
-    const QJsonObject m = out.value(QStringLiteral("m")).toObject();
-    EXPECT_EQ(m.value(QStringLiteral("start")).toInt(), 1100);
-    EXPECT_EQ(m.value(QStringLiteral("ppw")).toInt(), 200);
-    EXPECT_EQ(m.value(QStringLiteral("rate")).toDouble(), 10000.0);
-    const QJsonArray report = out.value(QStringLiteral("report")).toArray();
+    EXPECT_EQ(out.value("code").toInt(), 0);
+    EXPECT_NEAR(out.value("positionKm").toDouble(), 64.2, 0.01);
+    const QJsonObject m = out.value("m").toObject();
+    EXPECT_EQ(m.value("start").toInt(), 1100);
+    EXPECT_EQ(m.value("ppw").toInt(), 200);
+    EXPECT_EQ(m.value("rate").toDouble(), 10000.0);
+    const QJsonArray report = out.value("report").toArray();
     ASSERT_EQ(report.size(), 8);
-    EXPECT_EQ(report[2].toString(), QStringLiteral("\tStation: m"));
-    const QJsonObject single = out.value(QStringLiteral("singleEnded")).toObject();
-    EXPECT_NEAR(single.value(QStringLiteral("n")).toObject().value(QStringLiteral("reactanceKm")).toDouble(),
-                35.8, 3.0);
+    EXPECT_EQ(report[2].toString(), "\tStation: m");
+    const QJsonObject single = out.value("singleEnded").toObject();
+    EXPECT_NEAR(single.value("n").toObject().value("reactanceKm").toDouble(), 35.8, 3.0);
 
     // The automatic windows: a cycle before the fault current settles, which for a change without
     // transient is the inception itself, so the first difference still reaches back before it.
     const CliRun automatic = cli(r.arguments("100,0.03,0.3,0.012"));
     ASSERT_EQ(automatic.code, 0) << automatic.err.constData();
-    EXPECT_NEAR(automatic.json().value(QStringLiteral("m")).toObject().value(QStringLiteral("start")).toInt(),
-                1000, 5);
-    EXPECT_NEAR(automatic.json().value(QStringLiteral("n")).toObject().value(QStringLiteral("start")).toInt(),
-                1000, 5);
-    EXPECT_NEAR(automatic.json().value(QStringLiteral("positionKm")).toDouble(), 64.2, 1.0);
+    EXPECT_NEAR(automatic.json().value("m").toObject().value("start").toInt(), 1000, 5);
+    EXPECT_NEAR(automatic.json().value("n").toObject().value("start").toInt(), 1000, 5);
+    EXPECT_NEAR(automatic.json().value("positionKm").toDouble(), 64.2, 1.0);
 }
 
 TEST(CliLocate, RefusalsAndFailedLocations)
@@ -124,15 +114,14 @@ TEST(CliLocate, RefusalsAndFailedLocations)
     const CliRun shortLine = cli(r.arguments("0.2,0.03,0.3,0.012", "1100"));
     EXPECT_EQ(shortLine.code, 1);
     const QJsonObject out = shortLine.json();
-    EXPECT_EQ(out.value(QStringLiteral("code")).toInteger(), 0x30000009);
-    EXPECT_TRUE(out.value(QStringLiteral("positionKm")).isNull());
-    EXPECT_EQ(out.value(QStringLiteral("report")).toArray()[0].toString(),
-              QStringLiteral("Analising failed:"));
+    EXPECT_EQ(out.value("code").toInteger(), 0x30000009);
+    EXPECT_TRUE(out.value("positionKm").isNull());
+    EXPECT_EQ(out.value("report").toArray()[0].toString(), "Analising failed:");
 
     CliRun refused = cli(r.arguments("100,0.03,0.3,0.012", "1990"));
     EXPECT_EQ(refused.code, 1);
     EXPECT_TRUE(refused.err.contains("End M: Points Not enough! (StartPoint=1991, EndPoint=2000, PPW=200)"))
         << refused.err.constData();
 
-    EXPECT_EQ(cli({QStringLiteral("locate"), QStringLiteral("--json")}).code, 2);
+    EXPECT_EQ(cli({"locate", "--json"}).code, 2);
 }

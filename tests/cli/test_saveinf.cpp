@@ -1,11 +1,6 @@
 // The extension file through the command-line tool: what info --json shows of it, and save-inf.
 
-#include <QDir>
-#include <QFile>
 #include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include "clirun.h"
@@ -28,28 +23,27 @@ TEST(CliSaveInf, InfoShowsTheExtensionFileAndSaveInfWritesItBack)
                                  "[TRWK STATUS_Event_#1]\r\nCHNL_ID=1, Trip\r\nTrip_Point=4\r\n"
                                  "[TRWK Expression]\r\nF=IA*2\r\n[TRWK Settings]\r\nCUSTOM_T0=3\r\n"
                                  "[xyz abc]\r\nk=v\r\n");
-    const CliRun info = cli({QStringLiteral("info"), QStringLiteral("--json"), dir.filePath("rec.cfg")});
+    const CliRun info = cli({"info", "--json", dir.filePath("rec.cfg")});
     ASSERT_EQ(info.code, 0) << info.err.constData();
-    const QJsonObject json = QJsonDocument::fromJson(info.out).object();
+    const QJsonObject json = info.json();
     EXPECT_EQ(json.value("infVersion").toInt(), 1);
     const QJsonObject record = json.value("recordInfo").toObject();
-    EXPECT_EQ(record.value("source").toString(), QStringLiteral("Lab"));
-    EXPECT_EQ(record.value("location").toString(), QStringLiteral("Bay 4"));
+    EXPECT_EQ(record.value("source").toString(), "Lab");
+    EXPECT_EQ(record.value("location").toString(), "Bay 4");
     EXPECT_EQ(json.value("statusEvents").toArray()[0].toObject().value("tripPoint").toInt(), 4);
     EXPECT_TRUE(json.value("commentaries").toArray().isEmpty());
-    EXPECT_EQ(json.value("expressionLines").toArray()[0].toString(), QStringLiteral("F=IA*2"));
+    EXPECT_EQ(json.value("expressionLines").toArray()[0].toString(), "F=IA*2");
     EXPECT_EQ(json.value("customT0").toInt(), 3);
-    EXPECT_EQ(json.value("rawSections").toArray(), QJsonArray({QStringLiteral("xyz abc")}));
+    EXPECT_EQ(json.value("rawSections").toArray(), QJsonArray({"xyz abc"}));
     const QJsonArray messages = json.value("messages").toObject().value("inf").toArray();
     ASSERT_EQ(messages.size(), 1);
     const QJsonObject message = messages[0].toObject();
-    EXPECT_TRUE(message.value("file").toString().endsWith(QStringLiteral("rec.inf")));
+    EXPECT_TRUE(message.value("file").toString().endsWith("rec.inf"));
     EXPECT_EQ(message.value("line").toInt(), 4);
-    EXPECT_EQ(message.value("text").toString(),
-              QStringLiteral("No [idx_cfg=5] of the analog channel in [.cfg] file!"));
+    EXPECT_EQ(message.value("text").toString(), "No [idx_cfg=5] of the analog channel in [.cfg] file!");
 
     const QString out = dir.filePath("out.inf");
-    const CliRun saved = cli({QStringLiteral("save-inf"), dir.filePath("rec.cfg"), out});
+    const CliRun saved = cli({"save-inf", dir.filePath("rec.cfg"), out});
     ASSERT_EQ(saved.code, 0) << saved.err.constData();
     QFile written(out);
     ASSERT_TRUE(written.open(QIODevice::ReadOnly));
@@ -59,9 +53,8 @@ TEST(CliSaveInf, InfoShowsTheExtensionFileAndSaveInfWritesItBack)
     // Only the file named is written: the recording's own extension file is as it was.
     EXPECT_FALSE(QFile::exists(dir.filePath("rec.inf.bak")));
 
-    EXPECT_EQ(cli({QStringLiteral("save-inf"), dir.filePath("rec.cfg")}).code, 2);
-    const CliRun failed =
-        cli({QStringLiteral("save-inf"), dir.filePath("rec.cfg"), dir.filePath("no/such/out.inf")});
+    EXPECT_EQ(cli({"save-inf", dir.filePath("rec.cfg")}).code, 2);
+    const CliRun failed = cli({"save-inf", dir.filePath("rec.cfg"), dir.filePath("no/such/out.inf")});
     EXPECT_EQ(failed.code, 1);
     EXPECT_TRUE(failed.err.contains("out.inf")) << failed.err.constData();
 }

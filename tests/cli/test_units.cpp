@@ -1,10 +1,6 @@
 // veldrix-cli units: the units as stored, and with --suggest those proposed beside them.
 
-#include <QFile>
 #include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include "clirun.h"
@@ -42,38 +38,37 @@ TEST(CliUnits, StoredUnitsAndProposalsBesideThem)
     put(dir.filePath("rec.dat"), dat);
     put(dir.filePath("rec.inf"), "[TRWK Line_#1]\r\nDEV_ID=4,Feeder A\r\nTV_CHNS=1,2,3,0\r\n");
 
-    const CliRun stored = cli({QStringLiteral("units"), QStringLiteral("--json"), dir.filePath("rec.cfg")});
+    const CliRun stored = cli({"units", "--json", dir.filePath("rec.cfg")});
     ASSERT_EQ(stored.code, 0) << stored.err.constData();
-    const QJsonObject storedJson = QJsonDocument::fromJson(stored.out).object();
-    EXPECT_FALSE(storedJson.contains(QStringLiteral("reasons")));
+    const QJsonObject storedJson = stored.json();
+    EXPECT_FALSE(storedJson.contains("reasons"));
     const QJsonArray storedLines = storedJson.value("units").toObject().value("lines").toArray();
     ASSERT_EQ(storedLines.size(), 1);
-    EXPECT_EQ(storedLines[0].toObject().value("name").toString(), QStringLiteral("Feeder A"));
+    EXPECT_EQ(storedLines[0].toObject().value("name").toString(), "Feeder A");
     // The same form as info --json gives.
-    const CliRun info = cli({QStringLiteral("info"), QStringLiteral("--json"), dir.filePath("rec.cfg")});
-    EXPECT_EQ(QJsonDocument::fromJson(info.out).object().value("units"), storedJson.value("units"));
+    const CliRun info = cli({"info", "--json", dir.filePath("rec.cfg")});
+    EXPECT_EQ(info.json().value("units"), storedJson.value("units"));
 
-    const CliRun suggested = cli({QStringLiteral("units"), QStringLiteral("--json"), dir.filePath("rec.cfg"),
-                                  QStringLiteral("--suggest")});
+    const CliRun suggested = cli({"units", "--json", dir.filePath("rec.cfg"), "--suggest"});
     ASSERT_EQ(suggested.code, 0) << suggested.err.constData();
-    const QJsonObject json = QJsonDocument::fromJson(suggested.out).object();
+    const QJsonObject json = suggested.json();
     const QJsonArray lines = json.value("units").toObject().value("lines").toArray();
     ASSERT_EQ(lines.size(), 3);
-    EXPECT_EQ(lines[0].toObject().value("name").toString(), QStringLiteral("Feeder A"));
+    EXPECT_EQ(lines[0].toObject().value("name").toString(), "Feeder A");
     const QJsonObject line1 = lines[1].toObject();
-    EXPECT_EQ(line1.value("name").toString(), QStringLiteral("Line 1"));
+    EXPECT_EQ(line1.value("name").toString(), "Line 1");
     EXPECT_EQ(line1.value("taChns").toArray(), ints({4, 5, 6, 0}));
     EXPECT_EQ(line1.value("tvChns").toArray(), QJsonArray()); // the bus is Feeder A's
     const QJsonObject line2 = lines[2].toObject();
-    EXPECT_EQ(line2.value("name").toString(), QStringLiteral("Line 2"));
+    EXPECT_EQ(line2.value("name").toString(), "Line 2");
     EXPECT_EQ(line2.value("taChns").toArray(), ints({7, 8, 9, 10}));
     const QJsonArray reasons = json.value("reasons").toArray();
     ASSERT_EQ(reasons.size(), 2);
-    EXPECT_EQ(reasons[1].toObject().value("name").toString(), QStringLiteral("Line 2"));
+    EXPECT_EQ(reasons[1].toObject().value("name").toString(), "Line 2");
     EXPECT_EQ(reasons[1].toObject().value("kind").toInt(), 1);
-    EXPECT_TRUE(reasons[1].toObject().value("reason").toString().contains(QStringLiteral("3I02")));
+    EXPECT_TRUE(reasons[1].toObject().value("reason").toString().contains("3I02"));
 
-    EXPECT_EQ(cli({QStringLiteral("units"), QStringLiteral("--json")}).code, 2);
-    EXPECT_EQ(cli({QStringLiteral("units"), QStringLiteral("--bogus"), dir.filePath("rec.cfg")}).code, 2);
-    EXPECT_EQ(cli({QStringLiteral("units"), QStringLiteral("--json"), dir.filePath("none.cfg")}).code, 2);
+    EXPECT_EQ(cli({"units", "--json"}).code, 2);
+    EXPECT_EQ(cli({"units", "--bogus", dir.filePath("rec.cfg")}).code, 2);
+    EXPECT_EQ(cli({"units", "--json", dir.filePath("none.cfg")}).code, 2);
 }

@@ -12,6 +12,7 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QFile>
 #include <QImage>
 #include <QMessageBox>
 #include <QPainter>
@@ -20,6 +21,7 @@
 #include <QString>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 
 #include <cmath>
 #include <cstdio>
@@ -104,15 +106,56 @@ inline void failOnQtWarnings()
         QRegularExpression(QStringLiteral("^(?!This plugin does not support (propagateSizeHints|raise)).*")));
 }
 
+// The message box that is up, or null.
+inline QMessageBox *visibleMessageBox()
+{
+    for (QWidget *widget : QApplication::topLevelWidgets()) {
+        if (auto *box = qobject_cast<QMessageBox *>(widget); box && box->isVisible())
+            return box;
+    }
+    return nullptr;
+}
+
 // Presses a button of the message box that is up (for questions a test must answer).
 inline void answerMessageBox(QMessageBox::StandardButton button)
 {
-    for (QWidget *widget : QApplication::topLevelWidgets()) {
-        if (auto *box = qobject_cast<QMessageBox *>(widget); box && box->isVisible()) {
-            box->button(button)->click();
+    if (QMessageBox *box = visibleMessageBox())
+        box->button(button)->click();
+}
+
+// After `delay` ms, presses the button labelled `button` of the message box that is up (Cancel
+// when `button` is empty) and keeps the box's text in `said`, which must outlive the wait;
+// nothing when no box is up.
+inline void pressWhenUp(QString *said, const QString &button, int delay = 0)
+{
+    QTimer::singleShot(delay, qApp, [said, button] {
+        QMessageBox *box = visibleMessageBox();
+        if (!box)
             return;
+        *said = box->text();
+        for (QAbstractButton *b : box->buttons()) {
+            if (b->text() == button || (button.isEmpty() && box->standardButton(b) == QMessageBox::Cancel))
+                b->click();
         }
-    }
+    });
+}
+
+// The bytes of a file, empty when it cannot be read.
+inline QByteArray fileBytes(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// Replaces text in a file the test wrote (a recording's line frequency, a channel's unit).
+inline bool replaceInFile(const QString &path, const QByteArray &before, const QByteArray &after)
+{
+    QByteArray text = fileBytes(path);
+    if (!text.contains(before))
+        return false;
+    text.replace(before, after);
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(text) == text.size();
 }
 
 // Keeps the recent-file list of the tests away from the user's own settings.

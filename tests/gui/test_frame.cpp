@@ -6,33 +6,27 @@
 #include "cmtdchildcontainer.h"
 #include "cmtdchildcontainercfg.h"
 #include "cmtdchildframe.h"
+#include "frametestcase.h"
 #include "mainframe.h"
 #include "menutext.h"
-#include "recordingwriter.h"
 #include "timetext.h"
 #include "unitsetupdialog.h"
 #include "unitsuggestdialog.h"
 
-#include <QAbstractButton>
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
-#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenuBar>
-#include <QMessageBox>
 #include <QPointer>
-#include <QProgressBar>
-#include <QStandardPaths>
 #include <QStatusBar>
 #include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTest>
-
 #include <QTimer>
 #include <QToolBar>
 #include <memory>
@@ -50,36 +44,12 @@ QStringList menuTitles(QMenuBar *bar)
 
 } // namespace
 
-class FrameTest : public QObject
+class FrameTest : public FrameTestCase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        QStandardPaths::setTestModeEnabled(true);
-        isolateSettings();
-    }
-
-    void init()
-    {
-        failOnQtWarnings();
-        m_main = showMainFrame(1200, 800);
-    }
-
-    void cleanup() { closeMainFrame(m_main); }
-
-    CCmtdChildFrame *open(const QString &path) { return openDocument(m_main, path); }
-
-    void reportStepIsAHundredthAtLeastOne()
-    {
-        QCOMPARE(CmtdReportStep(1000000, 0), 10000);
-        QCOMPARE(CmtdReportStep(99, 0), 1);
-        QCOMPARE(CmtdReportStep(150, 0), 2); // 1.5 + 0.5 truncated
-        QCOMPARE(CmtdReportStep(0, 0), 1);
-    }
-
-    void timeTextTakesTheShortestExactFraction()
+    void timeTextsSavedNamesAndReportSteps()
     {
         QCOMPARE(TimeText(1500000), QByteArray("0:01.5"));
         QCOMPARE(TimeText(1250000), QByteArray("0:01.25"));
@@ -87,13 +57,26 @@ private Q_SLOTS:
         QCOMPARE(TimeText(-20000), QByteArray("-0:00.02"));
         QCOMPARE(TimeText(0), QByteArray("0:00.0"));
         QCOMPARE(TimeText(3723456700), QByteArray("62:03.4567"));
+        QCOMPARE(PathWithExtension(QStringLiteral("/t/fault2"), {"cfg", "cff"}),
+                 QStringLiteral("/t/fault2.cfg"));
+        QCOMPARE(PathWithExtension(QStringLiteral("/t/FAULT2.CFG"), {"cfg", "cff"}),
+                 QStringLiteral("/t/FAULT2.CFG"));
+        QCOMPARE(PathWithExtension(QStringLiteral("/t/one.cff"), {"cfg", "cff"}),
+                 QStringLiteral("/t/one.cff"));
+        QCOMPARE(PathWithExtension(QStringLiteral("/t/v1.2"), {"wvs"}), QStringLiteral("/t/v1.2.wvs"));
+        QCOMPARE(MenuText(QStringLiteral("&Open")), QStringLiteral("&&Open"));
+        // Progress every hundredth of the points, at least every point.
+        QCOMPARE(CmtdReportStep(1000000, 0), 10000);
+        QCOMPARE(CmtdReportStep(99, 0), 1);
+        QCOMPARE(CmtdReportStep(150, 0), 2); // 1.5 + 0.5 truncated
+        QCOMPARE(CmtdReportStep(0, 0), 1);
     }
 
     void everyActionShowsItsIconAndItsWords()
     {
         QTemporaryDir dir;
         CCmtdChildFrame *frame = open(writeRecording(dir, "icons", 300, 1, 0));
-        QVERIFY(frame && waitIdle(frame));
+        QVERIFY(frame);
         for (int i = 0; i < CCmtdChildFrame::ActionCount; ++i) {
             const QAction *action = frame->action(CCmtdChildFrame::Action(i));
             QVERIFY2(!action->icon().pixmap(16, 16).isNull(), qPrintable(action->text()));
@@ -106,43 +89,14 @@ private Q_SLOTS:
         QCOMPARE(frame->action(CCmtdChildFrame::ActValPri)->text(), QStringLiteral("Primary Value(&P)"));
     }
 
-    void savedNamesGetTheirExtension()
-    {
-        QCOMPARE(PathWithExtension(QStringLiteral("/t/fault2"), {"cfg", "cff"}),
-                 QStringLiteral("/t/fault2.cfg"));
-        QCOMPARE(PathWithExtension(QStringLiteral("/t/FAULT2.CFG"), {"cfg", "cff"}),
-                 QStringLiteral("/t/FAULT2.CFG"));
-        QCOMPARE(PathWithExtension(QStringLiteral("/t/one.cff"), {"cfg", "cff"}),
-                 QStringLiteral("/t/one.cff"));
-        QCOMPARE(PathWithExtension(QStringLiteral("/t/v1.2"), {"wvs"}), QStringLiteral("/t/v1.2.wvs"));
-        QCOMPARE(MenuText(QStringLiteral("&Open")), QStringLiteral("&&Open"));
-    }
-
     void saveAsAsksBeforeChangingValues()
     {
-        // What the message box showed, and a press of the button with the given text (empty:
-        // none was up).
-        QString boxText;
-        auto pressWhenUp = [&boxText](const QString &button) {
-            QTimer::singleShot(50, [&boxText, button] {
-                for (QWidget *widget : QApplication::topLevelWidgets()) {
-                    auto *box = qobject_cast<QMessageBox *>(widget);
-                    if (!box || !box->isVisible())
-                        continue;
-                    boxText = box->text();
-                    for (QAbstractButton *b : box->buttons()) {
-                        if (b->text() == button ||
-                            (box->standardButton(b) == QMessageBox::Cancel && button.isEmpty()))
-                            b->click();
-                    }
-                }
-            });
-        };
+        QString boxText; // what the message box said, empty when none was up
         QTemporaryDir dir;
         // A clean recording saves without a question.
         CCmtdChildFrame *clean = open(writeRecording(dir, "clean", 300, 2, 1));
-        QVERIFY(clean && waitIdle(clean));
-        pressWhenUp(QString());
+        QVERIFY(clean);
+        pressWhenUp(&boxText, QString(), 50);
         QVERIFY(clean->saveRecordingAs(dir.filePath(QStringLiteral("clean-copy"))));
         QTest::qWait(80);
         QVERIFY2(boxText.isEmpty(), qPrintable(boxText));
@@ -150,23 +104,16 @@ private Q_SLOTS:
 
         // A channel in kV comes out of the plain save scaled: the engineer is asked.
         const QString path = writeRecording(dir, "kilo", 300, 2, 0);
-        QFile cfg(path);
-        QVERIFY(cfg.open(QIODevice::ReadOnly));
-        QByteArray text = cfg.readAll();
-        cfg.close();
-        text.replace("2,U2,A,,V,", "2,U2,A,,kV,");
-        QVERIFY(cfg.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        cfg.write(text);
-        cfg.close();
+        QVERIFY(replaceInFile(path, "2,U2,A,,V,", "2,U2,A,,kV,"));
         CCmtdChildFrame *kilo = open(path);
-        QVERIFY(kilo && waitIdle(kilo));
-        pressWhenUp(QString());
+        QVERIFY(kilo);
+        pressWhenUp(&boxText, QString(), 50);
         QVERIFY(!kilo->saveRecordingAs(dir.filePath(QStringLiteral("cancelled.cfg"))));
         QCOMPARE(boxText, QStringLiteral("These channels will not keep their values in the saved file: U2"));
         QVERIFY(!QFileInfo::exists(dir.filePath(QStringLiteral("cancelled.cfg"))));
         // "Save Exact Copy" writes values that read back within half a step of the 16-bit form.
         boxText.clear();
-        pressWhenUp(QStringLiteral("Save Exact Copy"));
+        pressWhenUp(&boxText, QStringLiteral("Save Exact Copy"), 50);
         QVERIFY(kilo->saveRecordingAs(dir.filePath(QStringLiteral("exact.cfg"))));
         QVERIFY(!boxText.isEmpty());
         CCmtd99File copy;
@@ -182,18 +129,17 @@ private Q_SLOTS:
                     QStringLiteral("sample %1: %2 vs %3").arg(n).arg(saved.Value(n)).arg(shown.Value(n))));
 
         // Writing over the recording's own files is refused, and they stay as they were.
-        const QByteArray before = text;
-        pressWhenUp(QStringLiteral("OK"));
+        const QByteArray before = fileBytes(path);
+        pressWhenUp(&boxText, QStringLiteral("OK"), 50);
         QVERIFY(!kilo->saveRecordingAs(path));
-        QVERIFY(cfg.open(QIODevice::ReadOnly));
-        QCOMPARE(cfg.readAll(), before);
+        QCOMPARE(fileBytes(path), before);
     }
 
     void plantUnitsFilterTheWavesAndFillTheirPage()
     {
         QTemporaryDir dir;
         CCmtdChildFrame *frame = open(writeRecording(dir, "units", 300, 3, 2));
-        QVERIFY(frame && waitIdle(frame));
+        QVERIFY(frame);
         CCmtd99File &file = frame->recordingForJob();
         auto line = std::make_unique<CmtdInfTrwk_UnitLine>();
         line->devId = 1;
@@ -238,22 +184,17 @@ private Q_SLOTS:
         QTemporaryDir dir;
         const QString path = writeRecording(dir, "kept", 300, 3, 1);
         CCmtdChildFrame *frame = open(path);
-        QVERIFY(frame && waitIdle(frame));
+        QVERIFY(frame);
         // T0' at sample 120 marks the recording modified; Save writes the extension file only.
         frame->waveView()->setCursorT1(120);
         frame->action(CCmtdChildFrame::ActT0cSet)->trigger();
         QVERIFY(frame->action(CCmtdChildFrame::ActFileSave)->isEnabled());
-        QFile cfg(path);
-        QVERIFY(cfg.open(QIODevice::ReadOnly));
-        const QByteArray cfgText = cfg.readAll();
-        cfg.close();
+        const QByteArray cfgText = fileBytes(path);
         frame->action(CCmtdChildFrame::ActFileSave)->trigger();
         QVERIFY(!frame->action(CCmtdChildFrame::ActFileSave)->isEnabled());
         const QString inf = dir.filePath(QStringLiteral("kept.inf"));
         QVERIFY(QFileInfo::exists(inf));
-        QVERIFY(cfg.open(QIODevice::ReadOnly));
-        QCOMPARE(cfg.readAll(), cfgText);
-        cfg.close();
+        QCOMPARE(fileBytes(path), cfgText);
         CCmtd99File again;
         QVERIFY(again.LoadFile(QFile::encodeName(path).constData()));
         QCOMPARE(again.customT0, 120);
@@ -268,7 +209,7 @@ private Q_SLOTS:
         const QString settings = dir.filePath(QStringLiteral("plant.tcfg"));
         QVERIFY(frame->exportSettings(settings));
         CCmtdChildFrame *other = open(writeRecording(dir, "other", 300, 3, 0));
-        QVERIFY(other && waitIdle(other));
+        QVERIFY(other);
         QVERIFY(other->importSettings(settings));
         QCOMPARE(int(other->recording().lineUnits.size()), 1);
         QCOMPARE(other->recording().lineUnits[0]->length, 12.0f);
@@ -277,14 +218,7 @@ private Q_SLOTS:
         // A save the disk refuses (a folder that is not there) says why and leaves the
         // recording modified.
         QString said;
-        QTimer::singleShot(50, [&said] {
-            for (QWidget *widget : QApplication::topLevelWidgets()) {
-                if (auto *box = qobject_cast<QMessageBox *>(widget); box && box->isVisible()) {
-                    said = box->text();
-                    box->button(QMessageBox::Ok)->click();
-                }
-            }
-        });
+        pressWhenUp(&said, QStringLiteral("OK"), 50);
         QVERIFY(!other->saveFile(dir.filePath(QStringLiteral("gone/other.cfg"))));
         QVERIFY2(said.contains(QStringLiteral("other.inf")), qPrintable(said));
         QVERIFY(other->isModified());
@@ -295,7 +229,7 @@ private Q_SLOTS:
     {
         QTemporaryDir dir;
         CCmtdChildFrame *frame = open(writeRecording(dir, "edit", 300, 2, 1));
-        QVERIFY(frame && waitIdle(frame));
+        QVERIFY(frame);
         QTableWidget *analog = frame->cfgContainer()->table(0);
         // A new name in the cell: the channel shows it at once and the recording is modified.
         analog->item(0, 1)->setText(QStringLiteral("Feeder Ua"));
@@ -318,18 +252,7 @@ private Q_SLOTS:
         QCOMPARE(frame->recording().analogMaps[1]->Phase(), int16_t(PhaseB));
         QCOMPARE(frame->cfgOnlyEdits(), 1);
         QString asked;
-        QTimer::singleShot(0, frame, [&asked] {
-            for (QWidget *widget : QApplication::topLevelWidgets()) {
-                auto *box = qobject_cast<QMessageBox *>(widget);
-                if (!box || !box->isVisible())
-                    continue;
-                asked = box->text();
-                for (QAbstractButton *button : box->buttons()) {
-                    if (button->text() == QStringLiteral("Save Extension File Only"))
-                        button->click();
-                }
-            }
-        });
+        pressWhenUp(&asked, QStringLiteral("Save Extension File Only"));
         // Saved, the edit stays in the extension file and is no longer undone.
         QVERIFY(frame->saveFile(frame->fileName()));
         QVERIFY2(asked.contains(QStringLiteral("Save As(&V) keeps them")), qPrintable(asked));
@@ -344,7 +267,7 @@ private Q_SLOTS:
     {
         QTemporaryDir dir;
         CCmtdChildFrame *frame = open(writeRecording(dir, "units", 300, 3, 1, true, "ABC"));
-        QVERIFY(frame && waitIdle(frame));
+        QVERIFY(frame);
         const CCmtd99File &file = frame->recording();
         // A line named, measured and given its voltage channels in the setup. (Checks inside the
         // dialog are gathered and asserted once it is closed, so that a failure cannot hang.)
@@ -385,12 +308,7 @@ private Q_SLOTS:
             if (!dialog)
                 return;
             dialog->nameEdit()->setText(QStringLiteral("feeder 3"));
-            QTimer::singleShot(0, frame, [&] {
-                if (auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget())) {
-                    said = box->text();
-                    box->button(QMessageBox::Ok)->click();
-                }
-            });
+            pressWhenUp(&said, QStringLiteral("OK"));
             dialog->accept();
             stayedOpen = dialog->isVisible();
             dialog->reject();
@@ -430,7 +348,7 @@ private Q_SLOTS:
     {
         QTemporaryDir dir;
         CCmtdChildFrame *frame = open(writeRecording(dir, "groups", 300, 3, 2));
-        QVERIFY(frame && waitIdle(frame));
+        QVERIFY(frame);
         auto group = std::make_unique<CmtdInfTrwk_Unit>();
         group->name = "Spare set";
         group->otherAnalog = {1, 3};
@@ -441,13 +359,11 @@ private Q_SLOTS:
         frame->recordingForJob().lineUnits.push_back(std::move(line));
         const QString path = dir.filePath(QStringLiteral("set.tcgp"));
         QVERIFY(frame->saveChannelGroups(path));
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QByteArray text = file.readAll();
+        const QByteArray text = fileBytes(path);
         QVERIFY(text.contains("[TRWK Channels_Group_#1]"));
         QVERIFY(!text.contains("Line_#")); // the groups alone
         CCmtdChildFrame *other = open(writeRecording(dir, "receiver", 300, 3, 2));
-        QVERIFY(other && waitIdle(other));
+        QVERIFY(other);
         QVERIFY(other->importSettings(path));
         QCOMPARE(int(other->recording().groupUnits.size()), 1);
         QCOMPARE(other->recording().groupUnits[0]->otherAnalog, (std::vector<uint16_t>{1, 3}));
@@ -460,7 +376,7 @@ private Q_SLOTS:
     {
         QTemporaryDir dir;
         CCmtdChildFrame *frame = open(writeRecording(dir, "codec", 300, 1, 0));
-        QVERIFY(frame && waitIdle(frame));
+        QVERIFY(frame);
         Q_EMIT frame->cfgContainer()->codecChosen(QByteArray("windows-1251"));
         QCOMPARE(frame->recording().codecName, QByteArray("windows-1251"));
         QCOMPARE(frame->recording().codecOverride, QByteArray("windows-1251"));
@@ -471,7 +387,6 @@ private Q_SLOTS:
         QTemporaryDir dir;
         CCmtdChildFrame *frame = open(writeRecording(dir, "small", 300, 2, 1));
         QVERIFY(frame);
-        QVERIFY(waitIdle(frame));
         // The worker is idle: hold it on a job whose kind runs no work, then ask again.
         CCmtdThread &worker = frame->worker();
         worker.kind.store(17);
@@ -487,21 +402,14 @@ private Q_SLOTS:
         // the wave page says so above the waves; a 50 Hz recording shows no notice.
         QTemporaryDir dir;
         CCmtdChildFrame *fifty = open(writeRecording(dir, "fifty", 300, 3, 0));
-        QVERIFY(fifty && waitIdle(fifty));
+        QVERIFY(fifty);
         auto *notice = fifty->findChild<QLabel *>(QStringLiteral("noticeLabel"));
         QVERIFY(notice);
         QVERIFY(!notice->isVisibleTo(fifty));
         const QString path = writeRecording(dir, "sixty", 300, 3, 0);
-        QFile cfg(path);
-        QVERIFY(cfg.open(QIODevice::ReadOnly));
-        QByteArray text = cfg.readAll();
-        cfg.close();
-        text.replace("\n50\n1\n", "\n60\n1\n");
-        QVERIFY(cfg.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        cfg.write(text);
-        cfg.close();
+        QVERIFY(replaceInFile(path, "\n50\n1\n", "\n60\n1\n"));
         CCmtdChildFrame *sixty = open(path);
-        QVERIFY(sixty && waitIdle(sixty));
+        QVERIFY(sixty);
         notice = sixty->findChild<QLabel *>(QStringLiteral("noticeLabel"));
         QVERIFY(notice->isVisibleTo(sixty));
         QCOMPARE(notice->text(),
@@ -513,7 +421,6 @@ private Q_SLOTS:
         QTemporaryDir dir;
         CCmtdChildFrame *frame = open(writeRecording(dir, "rec", 300, 3, 2));
         QVERIFY(frame);
-        QVERIFY(waitIdle(frame));
         QCOMPARE(frame->recording().loadedPoints, 300);
         QCOMPARE(frame->spanText(), QStringLiteral("TT[0:00.299](300Points)"));
         // Shown beside the wave, and still there after a passing message has come and gone.
@@ -541,7 +448,7 @@ private Q_SLOTS:
     {
         QTemporaryDir dir;
         CCmtdChildFrame *noStatus = open(writeRecording(dir, "nostatus", 300, 2, 0));
-        QVERIFY(noStatus && waitIdle(noStatus));
+        QVERIFY(noStatus);
         QMenu *analysis = nullptr;
         const QList<QAction *> menus = m_main->menuBar()->actions();
         for (QAction *menu : menus) {
@@ -552,7 +459,7 @@ private Q_SLOTS:
         QVERIFY(!analysis->actions().contains(noStatus->action(CCmtdChildFrame::ActAnaStaEvn)));
 
         CCmtdChildFrame *empty = open(writeRecording(dir, "empty", 300, 2, 1, false));
-        QVERIFY(empty && waitIdle(empty));
+        QVERIFY(empty);
         QCOMPARE(empty->currentPage(), 1);
         QVERIFY(!empty->frameToolBar()->isVisibleTo(empty));
         QVERIFY(!menuTitles(m_main->menuBar()).contains(QStringLiteral("View(&V)")));
@@ -562,7 +469,7 @@ private Q_SLOTS:
     {
         QTemporaryDir dir;
         CCmtdChildFrame *frame = open(writeRecording(dir, "modes", 300, 1, 0));
-        QVERIFY(frame && waitIdle(frame));
+        QVERIFY(frame);
         using D = CCmtdDocument;
         const D::DisplayFlags &flags = frame->document()->displayFlags;
         const D::DisplayFlags values = D::ValueFundamental | D::ValueTrueRms;
@@ -584,8 +491,7 @@ private Q_SLOTS:
         // Long enough that the load is still running when the cancel arrives, even on a busy
         // machine.
         const QString path = writeRecording(dir, "long", 400000, 8, 2);
-        m_main->openFile(path);
-        auto *frame = qobject_cast<CCmtdChildFrame *>(m_main->children().last());
+        CCmtdChildFrame *frame = openDocument(m_main, path);
         QVERIFY(frame);
         // Cancel at the first progress of the load.
         QMetaObject::Connection once;
@@ -610,8 +516,7 @@ private Q_SLOTS:
     {
         QTemporaryDir dir;
         const QString path = writeRecording(dir, "close", 200000, 16, 0);
-        m_main->openFile(path);
-        QPointer<CCmtdChildFrame> frame = qobject_cast<CCmtdChildFrame *>(m_main->children().last());
+        QPointer<CCmtdChildFrame> frame = openDocument(m_main, path);
         QVERIFY(frame);
         QVERIFY(QTest::qWaitFor([&] { return frame->recording().loadedPoints > 0; }, 20000));
         QElapsedTimer timer;
@@ -620,9 +525,6 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitFor([&] { return frame.isNull(); }, 10000));
         QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
     }
-
-private:
-    CMainFrame *m_main = nullptr;
 };
 
 QTEST_MAIN(FrameTest)

@@ -2,10 +2,9 @@
 // the datagrams of the single-process link.
 
 #include "cmtdchildframe.h"
+#include "frametestcase.h"
 #include "mainframe.h"
-#include "recordingwriter.h"
 
-#include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -13,7 +12,6 @@
 #include <QStatusBar>
 
 #include <QSettings>
-#include <QStandardPaths>
 #include <QTabBar>
 #include <QTest>
 #include <QTimer>
@@ -44,25 +42,19 @@ QByteArray datagram(uint32_t type, const QByteArray &payload = QByteArray(), uin
 
 } // namespace
 
-class MainFrameTest : public QObject
+class MainFrameTest : public FrameTestCase
 {
     Q_OBJECT
+
+public:
+    MainFrameTest() : FrameTestCase(1000, 700) {}
 
 private Q_SLOTS:
     void initTestCase()
     {
-        QStandardPaths::setTestModeEnabled(true);
-        isolateSettings();
+        FrameTestCase::initTestCase();
         QSettings(QStringLiteral("TRWK"), QStringLiteral("VELDRIX")).clear();
     }
-
-    void init()
-    {
-        failOnQtWarnings();
-        m_main = showMainFrame(1000, 700);
-    }
-
-    void cleanup() { closeMainFrame(m_main); }
 
     void everyFileOfARecordingOpensOneDocument()
     {
@@ -88,9 +80,9 @@ private Q_SLOTS:
     void quitClosesOnceEveryDocumentAgreed()
     {
         QTemporaryDir dir;
-        CCmtdChildFrame *a = openDocument(m_main, writeRecording(dir, "a", 300, 1, 0));
-        CCmtdChildFrame *b = openDocument(m_main, writeRecording(dir, "b", 300, 1, 0));
-        QVERIFY(a && b && waitIdle(a) && waitIdle(b));
+        CCmtdChildFrame *a = open(writeRecording(dir, "a", 300, 1, 0));
+        CCmtdChildFrame *b = open(writeRecording(dir, "b", 300, 1, 0));
+        QVERIFY(a && b);
         // A modified document whose owner cancels keeps the program, and every other document,
         // open: nothing is closed before all have agreed.
         a->setModified(true);
@@ -115,44 +107,6 @@ private Q_SLOTS:
         m_main->addRecentFile(QStringLiteral("/data/rec4.cfg"));
         QCOMPARE(m_main->recentFiles().first(), QStringLiteral("/data/rec4.cfg"));
         QCOMPARE(m_main->recentFiles().count(QStringLiteral("/data/rec4.cfg")), 1);
-    }
-
-    void datagramsOfTheLink()
-    {
-        const uint16_t port = freePort();
-        QVERIFY(m_main->bindPort(port));
-        QUdpSocket peer;
-        QVERIFY(peer.bind(QHostAddress(QHostAddress::LocalHost), 0));
-        auto answer = [&peer]() -> QByteArray {
-            if (!peer.waitForReadyRead(300) && !peer.hasPendingDatagrams())
-                return QByteArray();
-            QByteArray bytes(int(peer.pendingDatagramSize()), 0);
-            peer.readDatagram(bytes.data(), bytes.size());
-            return bytes;
-        };
-        auto sendAndServe = [&](const QByteArray &bytes) {
-            peer.writeDatagram(bytes, QHostAddress(QHostAddress::LocalHost), port);
-            QTest::qWait(100); // the frame reads it on its event loop
-        };
-        // Types 2 and 3 are answered with type 1.
-        for (uint32_t type : {2u, 3u}) {
-            sendAndServe(datagram(type));
-            const QByteArray reply = answer();
-            QCOMPARE(reply.size(), 16);
-            uint32_t header[4];
-            std::memcpy(header, reply.constData(), 16);
-            QCOMPARE(header[1], 1u);
-            QCOMPARE(header[0], 0x20060215u);
-        }
-        // A stranger's type and a short datagram get no answer.
-        sendAndServe(datagram(7));
-        QVERIFY(answer().isEmpty());
-        sendAndServe(QByteArray("short", 5));
-        QVERIFY(answer().isEmpty());
-        // Type 4 opens the file named up to its first zero byte.
-        const QString cfg = writeRecording(m_dir, "sent", 300, 1, 0);
-        sendAndServe(datagram(4, cfg.toLocal8Bit() + QByteArray("\0tail", 5)));
-        QCOMPARE(m_main->children().size(), 1);
     }
 
     void secondStartAsksAndHandsOver()
@@ -209,7 +163,7 @@ private Q_SLOTS:
         QCOMPARE(path.size(), 1008);
     }
 
-    void handOverTakesOnlyRecordings()
+    void linkAnswersAndHandsOverOnlyRecordings()
     {
         const uint16_t port = freePort();
         QVERIFY(m_main->bindPort(port));
@@ -217,16 +171,32 @@ private Q_SLOTS:
         QVERIFY(peer.bind(QHostAddress(QHostAddress::LocalHost), 0));
         auto send = [&](const QByteArray &bytes) {
             peer.writeDatagram(bytes, QHostAddress(QHostAddress::LocalHost), port);
-            QTest::qWait(50);
+            QTest::qWait(100); // the frame reads it on its event loop
+        };
+        auto answer = [&peer]() -> QByteArray {
+            if (!peer.waitForReadyRead(300) && !peer.hasPendingDatagrams())
+                return QByteArray();
+            QByteArray bytes(int(peer.pendingDatagramSize()), 0);
+            peer.readDatagram(bytes.data(), bytes.size());
+            return bytes;
         };
         auto path = [](const QString &text) { return QFile::encodeName(text) + QByteArray(1, '\0'); };
-        auto anyBox = [] {
-            for (QWidget *widget : QApplication::topLevelWidgets()) {
-                if (qobject_cast<QMessageBox *>(widget) && widget->isVisible())
-                    return true;
-            }
-            return false;
-        };
+        // Types 2 and 3 are answered with type 1.
+        for (uint32_t type : {2u, 3u}) {
+            send(datagram(type));
+            const QByteArray reply = answer();
+            QCOMPARE(reply.size(), 16);
+            uint32_t header[4];
+            std::memcpy(header, reply.constData(), 16);
+            QCOMPARE(header[1], 1u);
+            QCOMPARE(header[0], 0x20060215u);
+        }
+        // A stranger's type and a short datagram get no answer.
+        send(datagram(7));
+        QVERIFY(answer().isEmpty());
+        send(QByteArray("short", 5));
+        QVERIFY(answer().isEmpty());
+
         const QString cfg = writeRecording(m_dir, "handed", 300, 1, 0);
         // Wrong magics, or a length that disagrees with the datagram: dropped.
         send(datagram(4, path(cfg), 0x12345678));
@@ -250,25 +220,21 @@ private Q_SLOTS:
         const QString lonely = writeRecording(m_dir, "lonely", 300, 1, 0);
         QVERIFY(QFile::remove(lonely.left(lonely.size() - 4) + QStringLiteral(".dat")));
         send(datagram(4, path(lonely)));
-        QVERIFY(!anyBox());
+        QVERIFY(!visibleMessageBox());
         QCOMPARE(m_main->children().size(), 0);
         QVERIFY2(m_main->statusBar()->currentMessage().contains(QStringLiteral("lonely.dat")),
                  qPrintable(m_main->statusBar()->currentMessage()));
         // The link still answers at once.
         peer.writeDatagram(datagram(2), QHostAddress(QHostAddress::LocalHost), port);
-        QElapsedTimer answer;
-        answer.start();
+        QElapsedTimer answered;
+        answered.start();
         QVERIFY(QTest::qWaitFor([&] { return peer.hasPendingDatagrams(); }, 1000));
-        QVERIFY2(answer.elapsed() < 100, qPrintable(QString::number(answer.elapsed())));
+        QVERIFY2(answered.elapsed() < 100, qPrintable(QString::number(answered.elapsed())));
         QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
-        // The absolute path of a recording opens.
-        send(datagram(4, path(cfg)));
+        // Type 4 with the absolute path of a recording opens it, read up to its first zero byte.
+        send(datagram(4, cfg.toLocal8Bit() + QByteArray("\0tail", 5)));
         QCOMPARE(m_main->children().size(), 1);
     }
-
-private:
-    QTemporaryDir m_dir;
-    CMainFrame *m_main = nullptr;
 };
 
 QTEST_MAIN(MainFrameTest)

@@ -5,37 +5,27 @@
 #include "cmtdchildframe.h"
 #include "cmtdviewananame.h"
 #include "cmtdviewanawave.h"
+#include "frametestcase.h"
 #include "mainframe.h"
-#include "recordingwriter.h"
 
 #include <QAction>
 #include <QImage>
 #include <QMenu>
 #include <QPainter>
-#include <QStandardPaths>
 #include <QTest>
 #include <cstdio>
 
-class NameColumnTest : public QObject
+class NameColumnTest : public FrameTestCase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        QStandardPaths::setTestModeEnabled(true);
-        isolateSettings();
-    }
-
     void init()
     {
-        failOnQtWarnings();
-        m_main = showMainFrame(1200, 800);
-        m_frame = openDocument(m_main, writeSineRecording(m_dir, "sine", 1000));
-        QVERIFY(m_frame && waitIdle(m_frame));
+        FrameTestCase::init();
+        m_frame = open(writeSineRecording(m_dir, "sine", 1000));
+        QVERIFY(m_frame);
     }
-
-    void cleanup() { closeMainFrame(m_main); }
 
     // The point in the middle of a channel's line, in document coordinates.
     QPoint lineOf(const CChnMapBase *channel)
@@ -65,29 +55,37 @@ private Q_SLOTS:
 
     void namesShowWhileTheLoadRuns()
     {
-        // A load that has five points in shows the names (without values); four show nothing.
+        // UA's line is painted in its colour, with the column's background right of the text
+        // and the read-out band at the top. A load that has five points in shows the names
+        // (without values); four show nothing.
         CCmtdViewAnaWave *wave = m_frame->waveView();
         CCmtdViewAnaName *names = m_frame->nameView();
         CCmtdDocument *document = m_frame->document();
         const QRgb pen = m_frame->recording().analogMaps[0]->colour;
         const QPoint line = lineOf(m_frame->recording().analogMaps[0].get());
-        auto inkOnTheLine = [&] {
-            QImage image(names->width(), wave->m_nMarginT + 3 + wave->m_nDocH, QImage::Format_ARGB32);
+        QImage image;
+        auto inkOnTheLine = [&](int from, int to) {
+            image = QImage(names->width(), wave->m_nMarginT + 3 + wave->m_nDocH, QImage::Format_ARGB32);
             QPainter painter(&image);
             names->drawContents(painter, image.rect());
             painter.end();
             int ink = 0;
-            for (int x = 0; x < image.width(); ++x)
-                ink += image.pixel(x, line.y()) == pen;
+            for (int y = from; y <= to; ++y)
+                for (int x = 0; x < image.width(); ++x)
+                    ink += image.pixel(x, y) == pen;
             return ink;
         };
+        const int half = names->lineHeight() / 2;
+        QVERIFY(inkOnTheLine(line.y() - half, line.y() + half - 1) > 10);
+        QCOMPARE(image.pixel(image.width() - 4, line.y()), names->colour(1));
+        QCOMPARE(image.pixel(image.width() - 4, 1), names->colour(3));
         document->setBackgroundBit(CCmtdDocument::StateLoading, true);
         wave->setDrawnExtent(5, false);
-        QVERIFY(inkOnTheLine() > 0);
+        QVERIFY(inkOnTheLine(line.y(), line.y()) > 0);
         QCOMPARE(names->lineText(m_frame->recording().analogMaps[0].get()).contains(QStringLiteral("UA")),
                  true);
         wave->setDrawnExtent(4, false);
-        QCOMPARE(inkOnTheLine(), 0);
+        QCOMPARE(inkOnTheLine(line.y(), line.y()), 0);
         document->setBackgroundBit(CCmtdDocument::StateLoading, false);
         wave->setDrawnExtent(1000, false);
     }
@@ -241,8 +239,6 @@ private Q_SLOTS:
     }
 
 private:
-    QTemporaryDir m_dir;
-    CMainFrame *m_main = nullptr;
     CCmtdChildFrame *m_frame = nullptr;
 };
 

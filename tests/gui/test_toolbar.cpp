@@ -6,33 +6,21 @@
 #include "cmtdchildframe.h"
 #include "cmtdviewananame.h"
 #include "cmtdviewanawave.h"
+#include "frametestcase.h"
 #include "mainframe.h"
-#include "recordingwriter.h"
 #include "textcapture.h"
 #include "tolerance.h"
 
 #include <QKeyEvent>
 #include <QLabel>
 #include <QScrollBar>
-#include <QStandardPaths>
 #include <QTest>
 
-class ToolBarTest : public QObject
+class ToolBarTest : public FrameTestCase
 {
     Q_OBJECT
 
 private:
-    CMainFrame *m_main = nullptr;
-    QTemporaryDir m_dir;
-
-    CCmtdChildFrame *open(const QString &path)
-    {
-        CCmtdChildFrame *frame = openDocument(m_main, path);
-        if (frame)
-            waitIdle(frame);
-        return frame;
-    }
-
     static QString labelStarting(CCmtdChildFrame *frame, const QString &head)
     {
         for (const QLabel *label : frame->findChildren<QLabel *>())
@@ -59,20 +47,6 @@ private:
     }
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        QStandardPaths::setTestModeEnabled(true);
-        isolateSettings();
-    }
-
-    void init()
-    {
-        failOnQtWarnings();
-        m_main = showMainFrame(1200, 800);
-    }
-
-    void cleanup() { closeMainFrame(m_main); }
-
     void toolBarShowsAbsoluteCursorTimesAndTheirDistance()
     {
         CCmtdChildFrame *frame = open(writeRecording(m_dir, "t", 1000, 1, 0));
@@ -98,31 +72,20 @@ private Q_SLOTS:
         QCOMPARE(labelStarting(frame, QStringLiteral("Td[")), QStringLiteral("Td[0:00.057]"));
     }
 
-    void plusAndMinusKeysDoubleAndHalveTheScale()
-    {
-        CCmtdChildFrame *frame = open(writeRecording(m_dir, "z", 1000, 1, 0));
-        QVERIFY(frame);
-        CCmtdViewAnaWave *view = frame->waveView();
-        view->setHorzScale(1.0f);
-        QVERIFY(press(view, Qt::Key_Plus, Qt::NoModifier, QStringLiteral("+")));
-        QCOMPARE(view->hScale, 2.0f);
-        QVERIFY(press(view, Qt::Key_Equal, Qt::NoModifier, QStringLiteral("=")));
-        QCOMPARE(view->hScale, 4.0f);
-        QVERIFY(press(view, Qt::Key_Minus, Qt::NoModifier, QStringLiteral("-")));
-        QCOMPARE(view->hScale, 2.0f);
-        QVERIFY(press(view, Qt::Key_Minus, Qt::NoModifier, QStringLiteral("-")));
-        QCOMPARE(view->hScale, 1.0f);
-        // Zooming out stops at the fit of the whole recording.
-        for (int i = 0; i < 12; ++i)
-            press(view, Qt::Key_Minus, Qt::NoModifier, QStringLiteral("-"));
-        QCOMPARE(view->hScale, view->fitScale());
-    }
-
-    void shiftArrowsMoveT2AndLeaveT1()
+    void keysMoveTheCursorsAndZoom()
     {
         CCmtdChildFrame *frame = open(writeRecording(m_dir, "s", 1000, 1, 0));
         QVERIFY(frame);
         CCmtdViewAnaWave *view = frame->waveView();
+        QCOMPARE(view->cursorT1, 100); // the trigger
+        QVERIFY(press(view, Qt::Key_Right));
+        QCOMPARE(view->cursorT1, 101);
+        press(view, Qt::Key_End, Qt::ShiftModifier);
+        QCOMPARE(view->cursorT2, 999);
+        press(view, Qt::Key_Home);
+        press(view, Qt::Key_Left);
+        QCOMPARE(view->cursorT1, 0); // held to the first sample
+        // Shift moves T2 and leaves T1.
         view->setCursorT1(300);
         view->setCursorT2(500);
         QVERIFY(press(view, Qt::Key_Left, Qt::ShiftModifier));
@@ -142,6 +105,20 @@ private Q_SLOTS:
         QCOMPARE(view->cursorT2, 999);
         QCOMPARE(labelStarting(frame, QStringLiteral("T2[")),
                  QStringLiteral("T2[2024-01-01 10:00:00.999000]"));
+
+        // Plus (or the equals key beside it) doubles the scale, minus halves it down to the fit.
+        view->setHorzScale(1.0f);
+        QVERIFY(press(view, Qt::Key_Plus, Qt::NoModifier, QStringLiteral("+")));
+        QCOMPARE(view->hScale, 2.0f);
+        QVERIFY(press(view, Qt::Key_Equal, Qt::NoModifier, QStringLiteral("=")));
+        QCOMPARE(view->hScale, 4.0f);
+        QVERIFY(press(view, Qt::Key_Minus, Qt::NoModifier, QStringLiteral("-")));
+        QCOMPARE(view->hScale, 2.0f);
+        QVERIFY(press(view, Qt::Key_Minus, Qt::NoModifier, QStringLiteral("-")));
+        QCOMPARE(view->hScale, 1.0f);
+        for (int i = 0; i < 12; ++i)
+            press(view, Qt::Key_Minus, Qt::NoModifier, QStringLiteral("-"));
+        QCOMPARE(view->hScale, view->fitScale());
     }
 
     void zoomToTheCursorSpanScrollsToItsStart()
@@ -247,45 +224,6 @@ private Q_SLOTS:
                  qPrintable(text.first));
         QVERIFY2(text.second.startsWith(QStringLiteral("T2[-50.000ms]/Point 50, dP=")),
                  qPrintable(text.second));
-    }
-
-    void nameColumnPaintsTheChannelLineInItsColour()
-    {
-        CCmtdChildFrame *frame = open(writeSineRecording(m_dir, "p", 1000));
-        QVERIFY(frame);
-        CCmtdViewAnaWave *wave = frame->waveView();
-        CCmtdViewAnaName *names = frame->nameView();
-        const CChnMapAnalog *ua = frame->recording().analogMaps[0].get();
-        // The row of UA: its first line is centred on the row less half the row's lines.
-        const CWaveRow *row = nullptr;
-        int index = -1;
-        for (const CWaveRow &r : wave->rows) {
-            index = static_cast<int>(r.channels.indexOf(const_cast<CChnMapAnalog *>(ua)));
-            if (index >= 0) {
-                row = &r;
-                break;
-            }
-        }
-        QVERIFY(row);
-        const int line = names->lineHeight();
-        const int shown = static_cast<int>(row->channels.size());
-        const int top = wave->m_nMarginT + 3 + row->centerY - shown * line / 2 + index * line;
-
-        QImage image(names->width(), top + 3 * line, QImage::Format_ARGB32);
-        QPainter painter(&image);
-        names->drawContents(painter, image.rect());
-        painter.end();
-        const QRgb pen = ua->colour;
-        const QRgb background = names->colour(1);
-        int ink = 0;
-        for (int y = top; y < top + line; ++y)
-            for (int x = 0; x < image.width(); ++x)
-                ink += image.pixel(x, y) == pen;
-        QVERIFY2(ink > 10, qPrintable(QString::number(ink)));
-        // Right of the text, at the line's middle, the column's own background shows.
-        QCOMPARE(image.pixel(image.width() - 4, top + line / 2), background);
-        // The read-out band at the top is painted in the band colour.
-        QCOMPARE(image.pixel(image.width() - 4, 1), names->colour(3));
     }
 };
 

@@ -4,57 +4,54 @@
 #include "chnmap.h"
 #include "cmtdchildframe.h"
 #include "cmtdviewanawave.h"
+#include "frametestcase.h"
 #include "mainframe.h"
 #include "polylineraster.h"
-#include "recordingwriter.h"
 
 #include <QAction>
 #include <QElapsedTimer>
 #include <QImage>
-#include <QKeyEvent>
-#include <QLabel>
 #include <QPainter>
 #include <QScrollBar>
-#include <QStandardPaths>
 #include <QTest>
 
 #include <climits>
 #include <limits>
 
-class WaveViewTest : public QObject
+class WaveViewTest : public FrameTestCase
 {
     Q_OBJECT
 
+public:
+    WaveViewTest() : FrameTestCase(1000, 700) {}
+
+private:
+    // The top pixel row of the first row of waves, and the pixels of `pen` in one column of it.
+    static int rowTop(const CCmtdViewAnaWave *view)
+    {
+        return view->m_nMarginT + 3 + view->rows[0].centerY - view->rowHeightBase / 2;
+    }
+
+    static int inkInColumn(const QImage &image, const CCmtdViewAnaWave *view, int x, QRgb pen)
+    {
+        int ink = 0;
+        for (int y = rowTop(view); y < rowTop(view) + view->rowHeightBase; ++y)
+            ink += image.pixel(x, y) == pen;
+        return ink;
+    }
+
 private Q_SLOTS:
-    void initTestCase()
-    {
-        QStandardPaths::setTestModeEnabled(true);
-        isolateSettings();
-    }
-
-    void init()
-    {
-        failOnQtWarnings();
-        m_main = showMainFrame(1000, 700);
-    }
-
-    void cleanup() { closeMainFrame(m_main); }
-
-    CCmtdChildFrame *open(const QString &path)
-    {
-        CCmtdChildFrame *frame = openDocument(m_main, path);
-        if (frame)
-            waitIdle(frame);
-        return frame;
-    }
-
-    void scalesAndSampleAtPixel()
+    void scalesSampleAtPixelAndZoomLimits()
     {
         QTemporaryDir dir;
         CCmtdChildFrame *frame = open(writeRecording(dir, "r", 1000, 2, 0));
         CCmtdViewAnaWave *view = frame->waveView();
         QCOMPARE(view->pointCount(), 1000);
         QCOMPARE(view->hScale, view->fitScale());
+        // A drag of 20 pixels is no zoom window; right to left zooms out.
+        QCOMPARE(view->zoomFactorFor(QPoint(100, 100), QPoint(120, 200)), -1.0f);
+        QVERIFY(view->zoomFactorFor(QPoint(100, 100), QPoint(121, 200)) > 0.0f);
+        QVERIFY(view->zoomFactorFor(QPoint(300, 300), QPoint(100, 100)) < 1.0f);
         // Half a pixel rounds away from zero; outside the recording the index is held.
         view->setHorzScale(2.0f);
         QCOMPARE(view->sampleAtPixel(3), 2);
@@ -68,15 +65,8 @@ private Q_SLOTS:
         const float top = view->hScale;
         view->setZoomFactor(2.0f);
         QCOMPARE(view->hScale, top);
-    }
-
-    void zoomRangeOfLessThanOneSampleDoesNothing()
-    {
-        // The zoom to T1..T2 in either order, with its scale and scroll worked by hand, is in the
-        // tool bar tests; here cursors on one sample leave scale and scroll as they were.
-        QTemporaryDir dir;
-        CCmtdChildFrame *frame = open(writeRecording(dir, "r", 1000, 1, 0));
-        CCmtdViewAnaWave *view = frame->waveView();
+        // The zoom to T1..T2 is worked by hand in the tool bar tests; here cursors on one sample
+        // leave scale and scroll as they were.
         view->setHorzScale(4.0f);
         QCOMPARE(view->hScale, 4.0f);
         QScrollBar *bar = view->m_pArea->horizontalScrollBar();
@@ -87,36 +77,6 @@ private Q_SLOTS:
         view->zoomRange(-1, -1);
         QCOMPARE(view->hScale, 4.0f);
         QCOMPARE(bar->value(), 1200);
-    }
-
-    void keysMoveTheCursors()
-    {
-        QTemporaryDir dir;
-        CCmtdChildFrame *frame = open(writeRecording(dir, "r", 1000, 1, 0));
-        CCmtdViewAnaWave *view = frame->waveView();
-        QCOMPARE(view->cursorT1, 100); // the trigger
-        QKeyEvent right(QEvent::KeyPress, Qt::Key_Right, Qt::NoModifier);
-        QVERIFY(view->onKeyPress(&right));
-        QCOMPARE(view->cursorT1, 101);
-        QKeyEvent end(QEvent::KeyPress, Qt::Key_End, Qt::ShiftModifier);
-        view->onKeyPress(&end);
-        QCOMPARE(view->cursorT2, 999);
-        QKeyEvent home(QEvent::KeyPress, Qt::Key_Home, Qt::NoModifier);
-        view->onKeyPress(&home);
-        QKeyEvent left(QEvent::KeyPress, Qt::Key_Left, Qt::NoModifier);
-        view->onKeyPress(&left);
-        QCOMPARE(view->cursorT1, 0); // held to the first sample
-        // The read-outs follow: T1 at the start of the recording (10:00:00 on 1 January 2024,
-        // one sample per ms), T2 at its last sample 999 ms later.
-        auto readout = [frame](const QString &head) {
-            for (const QLabel *label : frame->findChildren<QLabel *>())
-                if (label->text().startsWith(head))
-                    return label->text();
-            return QString();
-        };
-        QCOMPARE(readout(QStringLiteral("T1[")), QStringLiteral("T1[2024-01-01 10:00:00.000000]"));
-        QCOMPARE(readout(QStringLiteral("T2[")), QStringLiteral("T2[2024-01-01 10:00:00.999000]"));
-        QCOMPARE(readout(QStringLiteral("Td[")), QStringLiteral("Td[0:00.999]"));
     }
 
     void groupOverlapAndHiddenRows()
@@ -236,14 +196,8 @@ private Q_SLOTS:
         view->setHorzScale(4.0f);
         view->showPoint(410);
         const QImage image = paintView(view);
-        const QRgb pen = map.colour;
-        const int rowTop = view->m_nMarginT + 3 + view->rows[0].centerY - view->rowHeightBase / 2;
         auto inkAt = [&](int sample) {
-            const int x = view->pixelOfSample(sample) - view->scrollX();
-            int ink = 0;
-            for (int y = rowTop; y < rowTop + view->rowHeightBase; ++y)
-                ink += image.pixel(x, y) == pen;
-            return ink;
+            return inkInColumn(image, view, view->pixelOfSample(sample) - view->scrollX(), map.colour);
         };
         QVERIFY(inkAt(395) > 0);
         for (int n = 402; n < 418; ++n)
@@ -288,13 +242,12 @@ private Q_SLOTS:
         view->setHorzScale(-1.0f);
         const QImage image = paintView(view);
         const QRgb pen = frame->recording().analogMaps[0]->colour;
-        const int rowTop = view->m_nMarginT + 3 + view->rows[0].centerY - view->rowHeightBase / 2;
         const int from = view->pixelOfSample(0) + 5;
         const int to = view->pixelOfSample(points - 1) - 5;
         std::vector<int> extents;
         for (int x = from; x < to; ++x) {
             int top = INT_MAX, bottom = INT_MIN;
-            for (int y = rowTop; y < rowTop + view->rowHeightBase; ++y) {
+            for (int y = rowTop(view); y < rowTop(view) + view->rowHeightBase; ++y) {
                 if (image.pixel(x, y) == pen) {
                     top = qMin(top, y);
                     bottom = qMax(bottom, y);
@@ -343,26 +296,11 @@ private Q_SLOTS:
         view->setHorzScale(-1.0f);
         const QImage image = paintView(view);
         const QRgb pen = frame->recording().analogMaps[0]->colour;
-        const int rowTop = view->m_nMarginT + 3 + view->rows[0].centerY - view->rowHeightBase / 2;
         int full = 0, columns = 0;
-        for (int x = view->pixelOfSample(0) + 5; x < view->pixelOfSample(19999) - 5; ++x, ++columns) {
-            int ink = 0;
-            for (int y = rowTop; y < rowTop + view->rowHeightBase; ++y)
-                ink += image.pixel(x, y) == pen;
-            full += ink >= view->rowHeightBase / 3;
-        }
+        for (int x = view->pixelOfSample(0) + 5; x < view->pixelOfSample(19999) - 5; ++x, ++columns)
+            full += inkInColumn(image, view, x, pen) >= view->rowHeightBase / 3;
         QVERIFY2(full >= columns * 95 / 100, qPrintable(QStringLiteral("%1 of %2").arg(full).arg(columns)));
         frame->action(CCmtdChildFrame::ActEnvelope)->trigger(); // off again for the other tests
-    }
-
-    void zoomWindowOfTwentyPixelsDoesNothing()
-    {
-        QTemporaryDir dir;
-        CCmtdChildFrame *frame = open(writeRecording(dir, "r", 300, 1, 0));
-        CCmtdViewAnaWave *view = frame->waveView();
-        QCOMPARE(view->zoomFactorFor(QPoint(100, 100), QPoint(120, 200)), -1.0f);
-        QVERIFY(view->zoomFactorFor(QPoint(100, 100), QPoint(121, 200)) > 0.0f);
-        QVERIFY(view->zoomFactorFor(QPoint(300, 300), QPoint(100, 100)) < 1.0f); // right to left zooms out
     }
 
     void paintShowsCursorsAndWaves()
@@ -371,10 +309,7 @@ private Q_SLOTS:
         CCmtdChildFrame *frame = open(writeRecording(dir, "r", 1000, 1, 0));
         CCmtdViewAnaWave *view = frame->waveView();
         view->setCursorT1(500);
-        QImage image(view->size(), QImage::Format_ARGB32);
-        QPainter painter(&image);
-        view->drawContents(painter, QRect(QPoint(0, 0), view->size()));
-        painter.end();
+        const QImage image = paintView(view); // at the fit scale: not scrolled
         const QRgb background = view->colour(1);
         const QRgb t1 = view->colour(6);
         // The T1 line stands at its sample's pixel over the rows.
@@ -382,13 +317,9 @@ private Q_SLOTS:
         const int y = view->m_nMarginT + 3 + view->rows[0].centerY + view->rowHeightBase / 2 - 2;
         QCOMPARE(image.pixel(x, y), t1);
         // The wave leaves pixels of its own colour inside its row.
-        const QRgb pen = frame->recording().analogMaps[0]->colour;
         int inked = 0;
-        const int rowTop = view->m_nMarginT + 3 + view->rows[0].centerY - view->rowHeightBase / 2;
-        for (int yy = rowTop; yy < rowTop + view->rowHeightBase; ++yy) {
-            for (int xx = 0; xx < image.width(); ++xx)
-                inked += image.pixel(xx, yy) == pen;
-        }
+        for (int xx = 0; xx < image.width(); ++xx)
+            inked += inkInColumn(image, view, xx, frame->recording().analogMaps[0]->colour);
         QVERIFY2(inked > 100, qPrintable(QString::number(inked)));
         QVERIFY(image.pixel(x + 3, view->height() - 2) == background);
     }
@@ -399,19 +330,13 @@ private Q_SLOTS:
         CCmtdChildFrame *frame = open(writeRecording(dir, "r", 300, 1, 0));
         CCmtdViewAnaWave *view = frame->waveView();
         view->setDrawnExtent(4, false);
-        QImage image(200, 200, QImage::Format_ARGB32);
-        QPainter painter(&image);
-        view->drawContents(painter, QRect(0, 0, 200, 200));
-        painter.end();
+        const QImage image = paintView(view);
         const QRgb background = view->colour(1);
         for (int y = 0; y < 200; y += 7) {
             for (int x = 0; x < 200; x += 7)
                 QCOMPARE(image.pixel(x, y), background);
         }
     }
-
-private:
-    CMainFrame *m_main = nullptr;
 };
 
 QTEST_MAIN(WaveViewTest)
