@@ -1,5 +1,7 @@
 #include "mainframe.h"
 
+#include "anaforms.h"
+
 #include "cmtd99file.h"
 #include "cmtdchildframe.h"
 #include "globaloptions.h"
@@ -32,6 +34,7 @@ static void registerImages()
 CMainFrame::CMainFrame(QWidget *parent) : CMdiMainFrame(parent)
 {
     registerImages();
+    InstallAnaForms();
     setWindowTitle(QStringLiteral("VELDRIX"));
     setWindowIcon(QIcon(QStringLiteral(":/images/veldrix.svg")));
     setAcceptDrops(true);

@@ -29,30 +29,60 @@ void CCmtdChildContainerAna::setWaveWidget(QWidget *widget)
     setCentralWidget(widget);
 }
 
+namespace {
+AnaFormFactory formFactory = nullptr;
+}
+
+void CCmtdChildContainerAna::setFormFactory(AnaFormFactory factory)
+{
+    formFactory = factory;
+}
+
 void CCmtdChildContainerAna::showForm(int number)
 {
     if (number < 0 || number >= kFormCount)
         return;
-    QWidget *form = m_forms[number];
+    if (!m_forms[number] && formFactory)
+        m_forms[number] = formFactory(number, m_pFrame, this);
     if (m_nCurForm >= 0 && m_nCurForm != number) {
-        if (QWidget *current = m_forms[m_nCurForm])
-            current->hide();
+        if (CAnaFormPanel *current = m_forms[m_nCurForm])
+            current->hideDock();
         m_nCurForm = -1;
     }
-    m_nCurForm = form ? number : -1;
-    if (form)
-        form->show();
+    CAnaFormPanel *form = m_forms[number];
+    m_nCurForm = form && form->showDock(this) ? number : -1;
     m_pFrame->updateActions();
 }
 
-QWidget *CCmtdChildContainerAna::currentForm() const
+CAnaFormPanel *CCmtdChildContainerAna::currentForm() const
 {
     return m_nCurForm >= 0 ? m_forms[m_nCurForm] : nullptr;
 }
 
+CAnaFormPanel *CCmtdChildContainerAna::form(int number) const
+{
+    return number >= 0 && number < kFormCount ? m_forms[number] : nullptr;
+}
+
+void CCmtdChildContainerAna::refreshCurrentForm()
+{
+    if (CAnaFormPanel *form = currentForm())
+        form->refresh();
+}
+
+void CCmtdChildContainerAna::slot_dockClosed(QDockWidget *dock)
+{
+    CAnaFormPanel *form = currentForm();
+    if (!form || form->dockWidget() != dock)
+        return;
+    m_nCurForm = -1;
+    m_pFrame->updateActions();
+}
+
 void CCmtdChildContainerAna::setFormsVisible(bool visible)
 {
-    auto *dock = qobject_cast<QDockWidget *>(currentForm());
+    CAnaFormPanel *form = currentForm();
+    QDockWidget *dock = form ? form->dockWidget() : nullptr;
     if (!dock || !dock->isFloating())
         return;
     dock->setVisible(visible);

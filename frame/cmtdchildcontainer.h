@@ -1,8 +1,11 @@
 #pragma once
 
+#include "anaformpanel.h"
+
 #include <QMainWindow>
 
 class CCmtdChildFrame;
+class QDockWidget;
 class QToolBar;
 
 // A page of a document frame: a small main window, so that it can hold tool bars and dock
@@ -37,10 +40,14 @@ public:
 
     explicit CCmtdChildContainerAna(CCmtdChildFrame *frame);
 
-    // Shows form `number`, hiding the one on show; the analysis forms arrive with their own work,
-    // so no number has a form yet and the page stays without one.
+    // The maker of the forms, installed once by the program before any frame opens.
+    static void setFormFactory(AnaFormFactory factory);
+
+    // Shows form `number` (made on first use), hiding the one on show. A form that refuses to
+    // show (no object chosen) leaves the page without a form.
     void showForm(int number);
-    QWidget *currentForm() const;
+    CAnaFormPanel *currentForm() const;
+    CAnaFormPanel *form(int number) const;
     int currentFormNumber() const { return m_nCurForm; }
     // Hides (or shows again) a floating form with the page, which would otherwise stay on the
     // screen as a window of its own.
@@ -48,9 +55,13 @@ public:
     QToolBar *toolBar() const { return m_pToolBar; }
     // The area where the waves are drawn.
     void setWaveWidget(QWidget *widget);
+    // The form on show follows the cursors; the others recompute when they are shown again.
+    void refreshCurrentForm();
+    // The user closed a form's dock.
+    void slot_dockClosed(QDockWidget *dock);
 
 private:
-    QWidget *m_forms[kFormCount] = {};
+    CAnaFormPanel *m_forms[kFormCount] = {};
     int m_nCurForm = -1;
     QToolBar *m_pToolBar = nullptr;
 };

@@ -88,7 +88,11 @@ CCmtdChildFrame::CCmtdChildFrame(QWidget *parent) : CMdiChildFrame(parent), m_th
     connect(&m_document, &CCmtdDocument::displayChanged, m_waveView, [this] {
         m_waveView->layoutRows(true);
         m_nameView->update();
+        m_anaContainer->refreshCurrentForm();
     });
+    // The form on show follows T1, after the name column has taken the values at the cursors.
+    connect(m_waveView, &CCmtdViewAnaWave::cursorsChanged, m_anaContainer,
+            &CCmtdChildContainerAna::refreshCurrentForm);
     m_cfgContainer = new CCmtdChildContainerCfg(this);
     connect(m_cfgContainer, &CCmtdChildContainerCfg::codecChosen, this, [this](const QByteArray &codec) {
         m_file.SetCodecOverride(codec);

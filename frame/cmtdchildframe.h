@@ -13,6 +13,8 @@
 
 #include <atomic>
 #include <cstdint>
+#include <utility>
+#include <vector>
 
 class CCmtdChildContainerAna;
 class CCmtdChildContainerCfg;
@@ -110,6 +112,14 @@ public:
     CCmtdViewAnaName *nameView() const { return m_nameView; }
     // Sets the cursor read-outs from the wave view's T1 and T2.
     void updateCursorTexts();
+    // A job of the worker is running: forms refuse to change their objects meanwhile.
+    bool isBackgroundBusy() const { return (backgroundState() & StateBusy) != 0; }
+    // "Hide Unrelated" of a form: the wave shows only `related` until `showHidden` puts every
+    // row back as it was.
+    void hideUnrelated(const std::vector<CChnMapBase *> &related);
+    void showHidden();
+    // Switches to the wave page and shows analysis form `number`.
+    void showAnaForm(int number);
     // Enters or leaves a zoom mode of the mouse (0, 4096 free horizontal, 8192 vertical).
     void setZoomMode(int mode);
     void setModified(bool modified);
@@ -192,6 +202,8 @@ private:
     void slot_BtnZoomHorzReset();
     void slot_BtnZoomVertReset();
     void slot_WaveShowEnvelope();
+    void slot_WaveShowAnaVec();
+    void slot_WaveShowAnaSeq();
 
     QAction *m_actions[ActionCount] = {};
     QComboBox *unitSelector = nullptr;
@@ -205,6 +217,8 @@ private:
     QUndoStack m_undo;
     int m_cfgOnlyEdits = 0;
     const CmtdInfTrwk_Unit *m_currentUnit = nullptr; // the plant unit the wave is filtered to
+    // The hidden flag of every channel before "Hide Unrelated"; empty while nothing is stored.
+    std::vector<std::pair<CChnMapBase *, bool>> m_hiddenBefore;
     QProgressBar *m_progressBar = nullptr;
     QAction *m_progressAction = nullptr;
     CCmtdChildContainerAna *m_anaContainer = nullptr;

@@ -5,6 +5,7 @@
 #include "cmtdchildcontainercfg.h"
 #include "cmtdchildframe.h"
 #include "cmtdtext.h"
+#include "cmtdviewananame.h"
 #include "cmtdviewanawave.h"
 #include "globaloptions.h"
 #include "globalsettings.h"
@@ -24,6 +25,8 @@
 #include <QTabBar>
 #include <QToolBar>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace {
 
@@ -163,6 +166,8 @@ void CCmtdChildFrame::createActions()
         {ActZoomHorzReset, &CCmtdChildFrame::slot_BtnZoomHorzReset},
         {ActZoomVertReset, &CCmtdChildFrame::slot_BtnZoomVertReset},
         {ActEnvelope, &CCmtdChildFrame::slot_WaveShowEnvelope},
+        {ActAnaVec, &CCmtdChildFrame::slot_WaveShowAnaVec},
+        {ActAnaSeq, &CCmtdChildFrame::slot_WaveShowAnaSeq},
     };
     for (const auto &w : working) {
         m_actions[w.id]->setProperty("works", true);
@@ -567,4 +572,49 @@ void CCmtdChildFrame::slot_WaveShowLoadStatus()
                                 .arg(QFileInfo(path).fileName())
                                 .toLocal8Bit()
                                 .constData());
+}
+
+void CCmtdChildFrame::showAnaForm(int number)
+{
+    slot_PaneTabViewSwitch(0);
+    m_anaContainer->showForm(number);
+}
+
+void CCmtdChildFrame::slot_WaveShowAnaVec()
+{
+    showAnaForm(7);
+}
+
+void CCmtdChildFrame::slot_WaveShowAnaSeq()
+{
+    showAnaForm(8);
+}
+
+void CCmtdChildFrame::hideUnrelated(const std::vector<CChnMapBase *> &related)
+{
+    auto store = [this](const auto &maps) {
+        for (const auto &map : maps)
+            m_hiddenBefore.emplace_back(map.get(), (map->flags & CChnMapBase::FlagHidden) != 0);
+    };
+    // A second press while rows are hidden keeps the state from before the first.
+    if (m_hiddenBefore.empty()) {
+        store(m_file.analogMaps);
+        store(m_file.statusMaps);
+    }
+    for (const auto &[map, hidden] : m_hiddenBefore) {
+        const bool keep = std::find(related.begin(), related.end(), map) != related.end();
+        map->flags = keep ? (map->flags & ~CChnMapBase::FlagHidden) : (map->flags | CChnMapBase::FlagHidden);
+    }
+    m_waveView->layoutRows(true);
+    m_nameView->update();
+}
+
+void CCmtdChildFrame::showHidden()
+{
+    for (const auto &[map, hidden] : m_hiddenBefore)
+        map->flags =
+            hidden ? (map->flags | CChnMapBase::FlagHidden) : (map->flags & ~CChnMapBase::FlagHidden);
+    m_hiddenBefore.clear();
+    m_waveView->layoutRows(true);
+    m_nameView->update();
 }

@@ -15,6 +15,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -249,9 +250,14 @@ void CCmtdViewAnaName::drawContents(QPainter &painter, const QRect &rect)
         for (const CChnMapBase *map : row.channels) {
             if (map->flags & CChnMapBase::FlagHidden)
                 continue;
-            const QRect box(left, lineTop, width, line);
-            const QString text = metrics.elidedText(lineText(map), Qt::ElideRight, width);
+            // A channel of the analysis form on show carries a bar in its colour at the left.
+            const bool related = (map->flags & CChnMapBase::FlagRelated) != 0;
+            const int indent = related ? 5 : 0;
+            const QRect box(left + indent, lineTop, width - indent, line);
+            const QString text = metrics.elidedText(lineText(map), Qt::ElideRight, width - indent);
             QColor pen = QColor::fromRgba(map->colour);
+            if (related)
+                painter.fillRect(QRect(rect.left(), lineTop + 1, 4, line - 2), pen);
             if (map == m_hit.channel) {
                 painter.fillRect(box, pen);
                 pen = QColor::fromRgba(colour(0));
@@ -347,6 +353,21 @@ void CCmtdViewAnaName::onRightPress(QMouseEvent *event)
         return; // the read-out band has no menu
     if (QMenu *menu = buildMenu(doc))
         menu->popup(event->globalPosition().toPoint());
+}
+
+void CCmtdViewAnaName::showChannel(CChnMapBase *channel)
+{
+    for (size_t i = 0; i < m_wave->rows.size(); ++i) {
+        const CWaveRow &row = m_wave->rows[i];
+        const auto at = std::find(row.channels.begin(), row.channels.end(), channel);
+        if (at == row.channels.end() || row.centerY < 0)
+            continue;
+        m_hit = RowHit{m_wave->cursorT1, int(i), channel, int(at - row.channels.begin())};
+        // The wave's vertical scroll bar carries the name column with it.
+        m_wave->setScroll(m_wave->scrollX(), qMax(0, row.centerY - m_wave->height() / 2));
+        update();
+        return;
+    }
 }
 
 void CCmtdViewAnaName::slot_ChnPick()

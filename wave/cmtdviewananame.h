@@ -65,6 +65,8 @@ public:
     QPair<ChnCursorValue, ChnCursorValue> channelValueAtCursor(CChnMapBase *channel);
     void rebuildValues();
     bool hitTest(int y, RowHit &hit) const;
+    // Scrolls the rows to `channel` and selects it (a double click in a form's channel list).
+    void showChannel(CChnMapBase *channel);
     void retranslateTexts() override;
     // The menu for the channel under a document point, or null where none is offered.
     QMenu *buildMenu(QPoint docPoint);

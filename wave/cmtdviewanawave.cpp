@@ -465,6 +465,8 @@ bool CCmtdViewAnaWave::onKeyPress(QKeyEvent *event)
         return true;
     case Qt::Key_A:
         return trigger(CCmtdDocument::ActValAng);
+    case Qt::Key_V:
+        return trigger(CCmtdDocument::ActAnaVec);
     case Qt::Key_Q:
         return trigger(CCmtdDocument::ActAnaSeq);
     case Qt::Key_H:
@@ -505,15 +507,7 @@ void CCmtdViewAnaWave::onClipArea()
     m_picture = true;
     const QPixmap picture = renderArea(area);
     m_picture = false;
-    QApplication::clipboard()->setPixmap(picture);
-    if (QMessageBox::question(
-            this, QString(),
-            tr("The Image of Selected Area Has been copied to system clipboard,\n\nSave it to a "
-               "bitmap file now?")) != QMessageBox::Yes)
-        return;
-    const QString path = QFileDialog::getSaveFileName(this, QString(), QString(), tr("Bitmap File(*.png)"));
-    if (!path.isEmpty())
-        picture.save(path, "PNG");
+    offerPicture(picture);
 }
 
 double CCmtdViewAnaWave::scaleValue(const CChnMapAnalog &map) const

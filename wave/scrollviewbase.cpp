@@ -3,7 +3,12 @@
 #include "colorscheme.h"
 #include "globalsettings.h"
 
+#include <QApplication>
+#include <QClipboard>
+#include <QFileDialog>
+#include <QFileInfo>
 #include <QKeyEvent>
+#include <QMessageBox>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
@@ -330,6 +335,23 @@ void CScrollViewBase::mouseDoubleClickEvent(QMouseEvent *event)
         onLeftDouble(event);
     else if (event->button() == Qt::RightButton)
         onRightDouble(event);
+}
+
+void CScrollViewBase::offerPicture(const QPixmap &picture)
+{
+    // One folder for the whole session, whichever view the picture came from.
+    static QString lastFolder;
+    QApplication::clipboard()->setPixmap(picture);
+    if (QMessageBox::question(
+            this, QString(),
+            tr("The Image of Selected Area Has been copied to system clipboard,\n\nSave it to a "
+               "bitmap file now?")) != QMessageBox::Yes)
+        return;
+    const QString path = QFileDialog::getSaveFileName(this, QString(), lastFolder, tr("Bitmap File(*.png)"));
+    if (path.isEmpty())
+        return;
+    lastFolder = QFileInfo(path).absolutePath();
+    picture.save(path, "PNG");
 }
 
 double CScrollViewBase::pointAngle(int x0, int y0, int x1, int y1)

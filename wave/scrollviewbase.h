@@ -76,6 +76,10 @@ public:
     // A widget point as a document point (with the margins, as the scroll area shows it).
     QPoint toDoc(QPoint widgetPoint) const { return widgetPoint + QPoint(scrollX(), scrollY()); }
 
+    // Puts a clipped picture on the clipboard and offers to save it as a PNG file, in the folder
+    // of the last such save.
+    void offerPicture(const QPixmap &picture);
+
     static double pointAngle(int x0, int y0, int x1, int y1);
     static void drawArrow(QPainter &painter, int x0, int y0, int x1, int y1, uint32_t colour,
                           Qt::PenStyle style, int width);

@@ -441,7 +441,7 @@ private Q_SLOTS:
         QVERIFY(frame->action(CCmtdChildFrame::ActFileSaveAs)->isEnabled());
         QVERIFY(!frame->action(CCmtdChildFrame::ActServerStop)->isEnabled());
         // Features still to come are shown but cannot be chosen.
-        QVERIFY(!frame->action(CCmtdChildFrame::ActAnaVec)->isEnabled());
+        QVERIFY(!frame->action(CCmtdChildFrame::ActAnaRX)->isEnabled());
     }
 
     void recordingWithoutStatusOrSamples()

@@ -1,0 +1,26 @@
+#include "anaforms.h"
+
+#include "anaformchngrpseq.h"
+#include "anaformchngrpvec.h"
+#include "cmtdchildcontainer.h"
+
+namespace {
+
+CAnaFormPanel *makeAnaForm(int number, CCmtdChildFrame *frame, CCmtdChildContainerAna *page)
+{
+    switch (number) {
+    case 7:
+        return new CAnaFormChnGrpVec(number, frame, page);
+    case 8:
+        return new CAnaFormChnGrpSeq(number, frame, page);
+    default:
+        return nullptr;
+    }
+}
+
+} // namespace
+
+void InstallAnaForms()
+{
+    CCmtdChildContainerAna::setFormFactory(makeAnaForm);
+}
