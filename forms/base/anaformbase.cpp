@@ -146,6 +146,11 @@ void CAnaFormBase::syncButtons()
     }
 }
 
+QString CAnaFormBase::channelName(const CChnMapBase &chn, uint32_t displayFlags)
+{
+    return QString::fromLocal8Bit(DisplayName(chn, displayFlags)).trimmed();
+}
+
 void CAnaFormBase::fillChnTree(QTreeWidget *tree) const
 {
     tree->clear();
@@ -153,7 +158,7 @@ void CAnaFormBase::fillChnTree(QTreeWidget *tree) const
         if (!chn)
             continue;
         auto *item = new QTreeWidgetItem(tree);
-        item->setText(0, QString::fromLocal8Bit(DisplayName(*chn, 0)));
+        item->setText(0, channelName(*chn, 0));
         item->setForeground(0, QColor::fromRgba(chn->colour));
         item->setData(0, Qt::UserRole, QVariant::fromValue(quintptr(chn)));
         const int chnClass =

@@ -56,6 +56,8 @@ public:
     virtual void syncButtons();
     QDockWidget *dockWidget() const override;
 
+    // A channel's name as the forms list it: number and name, without the name column's padding.
+    static QString channelName(const CChnMapBase &chn, uint32_t displayFlags);
     // The related-channels list from the form's channels.
     void fillChnTree(QTreeWidget *tree) const;
     // While a job runs on the worker, a form's object must not change: says so and gives true.

@@ -1,5 +1,6 @@
 #include "anaformchngrpseq.h"
 
+#include "anaformbase.h"
 #include "anaformchngrpseqdlgreset.h"
 #include "chnmap.h"
 #include "chntext.h"
@@ -123,7 +124,7 @@ void CAnaFormChnGrpSeq::setupGroupRows(const Group &group, int sequenceRow, int 
             name->setForeground(QColor::fromRgba(m_view->items[size_t(row)].nColor));
             m_table->setItem(row, ColName, name);
         }
-        auto *channel = new QTableWidgetItem(QString::fromLocal8Bit(DisplayName(*chn, flags)));
+        auto *channel = new QTableWidgetItem(CAnaFormBase::channelName(*chn, flags));
         channel->setForeground(QColor::fromRgba(chn->colour));
         m_table->setItem(phaseRow + i, ColChannels, channel);
     }

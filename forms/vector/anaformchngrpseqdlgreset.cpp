@@ -1,5 +1,6 @@
 #include "anaformchngrpseqdlgreset.h"
 
+#include "anaformbase.h"
 #include "chnmap.h"
 #include "chntext.h"
 #include "cmtd99file.h"
@@ -55,7 +56,7 @@ QWidget *CAnaFormChnGrpSeqDlgReset::makeGroup(const QString &title, char letter,
         for (const auto &map : m_file.analogMaps) {
             if (map->Class() != chnClass)
                 continue;
-            combo->addItem(QString::fromLocal8Bit(DisplayName(*map, displayFlags)),
+            combo->addItem(CAnaFormBase::channelName(*map, displayFlags),
                            QVariant::fromValue(quintptr(map.get())));
             if (map.get() == chosen[p])
                 combo->setCurrentIndex(combo->count() - 1);

@@ -1,5 +1,6 @@
 #include "anaformchngrpvec.h"
 
+#include "anaformbase.h"
 #include "anaformchngrpvecdlgreset.h"
 #include "chnmap.h"
 #include "chntext.h"
@@ -74,7 +75,7 @@ void CAnaFormChnGrpVec::setChannels(const std::vector<CChnMapAnalog *> &channels
         item.nColor = chn->colour;
         item.nClass = chn->Class();
         item.strName = QStringLiteral("(%1)").arg(chn->Index());
-        const QString name = QString::fromLocal8Bit(DisplayName(*chn, flags));
+        const QString name = CAnaFormBase::channelName(*chn, flags);
         item.strLegend = item.strName + QLatin1Char(' ') + QString::fromLocal8Bit(chn->Name());
         m_view->items.push_back(item);
         setEnableCell(int(i), int(i));

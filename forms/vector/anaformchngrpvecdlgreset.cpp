@@ -1,5 +1,6 @@
 #include "anaformchngrpvecdlgreset.h"
 
+#include "anaformbase.h"
 #include "chnmap.h"
 #include "chntext.h"
 #include "cmtd99file.h"
@@ -67,7 +68,7 @@ CAnaFormChnGrpVecDlgReset::CAnaFormChnGrpVecDlgReset(const CCmtd99File &file, ui
 
 QListWidgetItem *CAnaFormChnGrpVecDlgReset::makeItem(CChnMapAnalog *chn, uint32_t displayFlags) const
 {
-    auto *item = new QListWidgetItem(QString::fromLocal8Bit(DisplayName(*chn, displayFlags)));
+    auto *item = new QListWidgetItem(CAnaFormBase::channelName(*chn, displayFlags));
     item->setData(Qt::UserRole, QVariant::fromValue(quintptr(chn)));
     item->setForeground(QColor::fromRgba(chn->colour));
     item->setIcon(QIcon(chn->Class() == ClassACV ? QStringLiteral(":/images/ChnClassACV.png")

@@ -20,8 +20,11 @@
 
 namespace {
 
+// An angle that prints as zero is zero: the reference vector's rounding residue must not read "-0.000".
 QString printed(const char *format, double value)
 {
+    if (std::fabs(value) < 0.0005)
+        value = 0.0;
     char text[48];
     std::snprintf(text, sizeof text, format, value);
     return QString::fromLatin1(text);

@@ -1,0 +1,336 @@
+// The analysis forms on the wave page: the shared play, zoom and tick rules, and the vector and
+// sequence forms on recordings of known phasors.
+
+#include "anaformchngrpseq.h"
+#include "anaformchngrpseqdlgreset.h"
+#include "anaformchngrpvec.h"
+#include "anaformchngrpvecdlgreset.h"
+#include "cmtdchildcontainer.h"
+#include "frametestcase.h"
+#include "vectorview.h"
+
+#include <QComboBox>
+#include <QListWidget>
+#include <QSpinBox>
+#include <QTableWidget>
+#include <QToolButton>
+
+#include <complex>
+#include <numbers>
+
+namespace {
+
+// Three phase voltages and three phase currents at 1 kHz, 50 Hz sines A·sin(ωt + φ): the
+// phasor of each at a whole cycle's sample is A∠φ. Raw steps of 0.01 keep the angles within
+// a few thousandths of a degree.
+struct PhaseSet
+{
+    double amplitude[6];
+    double degrees[6];
+};
+
+QString writePhasorRecording(const QTemporaryDir &dir, const char *name, const PhaseSet &set,
+                             int points = 400)
+{
+    const QString base = dir.filePath(QString::fromLatin1(name));
+    FILE *cfg = std::fopen((base + QStringLiteral(".cfg")).toLocal8Bit().constData(), "w");
+    std::fprintf(cfg, "Phasor Station,Recorder,1999\n6,6A,0D\n");
+    for (int c = 0; c < 6; ++c)
+        std::fprintf(cfg, "%d,%c%c,%c,,%s,0.01,0,0,-32767,32767,1,1,S\n", c + 1, c < 3 ? 'U' : 'I',
+                     'a' + c % 3, 'A' + c % 3, c < 3 ? "V" : "A");
+    std::fprintf(cfg, "50\n1\n1000,%d\n01/01/2024,10:00:00.000000\n01/01/2024,10:00:00.100000\nASCII\n1\n",
+                 points);
+    std::fclose(cfg);
+    FILE *dat = std::fopen((base + QStringLiteral(".dat")).toLocal8Bit().constData(), "w");
+    for (int n = 0; n < points; ++n) {
+        std::fprintf(dat, "%d,%d", n + 1, n * 1000);
+        for (int c = 0; c < 6; ++c) {
+            const double x = set.amplitude[c] * std::sin(2 * std::numbers::pi * 50.0 * n / 1000.0 +
+                                                         set.degrees[c] * std::numbers::pi / 180);
+            std::fprintf(dat, ",%ld", std::lround(x / 0.01));
+        }
+        std::fputc('\n', dat);
+    }
+    std::fclose(dat);
+    return base + QStringLiteral(".cfg");
+}
+
+// Runs `answer` on the modal dialog that the next step opens.
+template <typename Dialog> void whenDialogUp(const std::function<void(Dialog *)> &answer)
+{
+    QTimer::singleShot(0, qApp, [answer] {
+        if (auto *dialog = qobject_cast<Dialog *>(QApplication::activeModalWidget()))
+            answer(dialog);
+    });
+}
+
+double degreesOf(const VectorItem &item)
+{
+    return std::atan2(double(item.fIm), double(item.fRe)) * 180.0 / std::numbers::pi;
+}
+
+std::complex<double> phasorOf(const VectorItem &item)
+{
+    return {double(item.fRe), double(item.fIm)};
+}
+
+const PhaseSet kUnbalanced = {{100, 80, 120, 50, 70, 30}, {30, -100, 140, -20, -150, 95}};
+
+} // namespace
+
+class FormsTest : public FrameTestCase
+{
+    Q_OBJECT
+
+    CAnaFormChnGrpVec *openVectorForm(CCmtdChildFrame *frame, std::initializer_list<int> rows)
+    {
+        whenDialogUp<CAnaFormChnGrpVecDlgReset>([rows](CAnaFormChnGrpVecDlgReset *dialog) {
+            const QList<QListWidgetItem *> all =
+                dialog->offered()->findItems(QStringLiteral("*"), Qt::MatchWildcard);
+            for (int row : rows)
+                dialog->slot_lstLeftDbClicked(all.value(row));
+            dialog->accept();
+        });
+        frame->action(CCmtdChildFrame::ActAnaVec)->trigger();
+        return qobject_cast<CAnaFormChnGrpVec *>(frame->anaContainer()->form(7));
+    }
+
+private Q_SLOTS:
+    void tickLadder_data()
+    {
+        QTest::addColumn<float>("raw");
+        QTest::addColumn<float>("step");
+        QTest::addColumn<QString>("format");
+        QTest::newRow("below the ladder") << 0.00001f << 0.0001f << "%.4f";
+        QTest::newRow("thousandths") << 0.0011f << 0.002f << "%.3f";
+        QTest::newRow("one and a half hundredths") << 0.012f << 0.015f << "%.3f";
+        QTest::newRow("hundredths") << 0.016f << 0.02f << "%.2f";
+        QTest::newRow("one and a half tenths") << 0.11f << 0.15f << "%.2f";
+        QTest::newRow("tenths") << 0.26f << 0.3f << "%.1f";
+        QTest::newRow("a ladder value itself") << 0.5f << 0.5f << "%.1f";
+        QTest::newRow("one and a half") << 1.2f << 1.5f << "%.1f";
+        QTest::newRow("two and a half") << 2.1f << 2.5f << "%.1f";
+        QTest::newRow("whole") << 2.6f << 3.0f << "%.0f";
+        QTest::newRow("hundreds") << 120.0f << 150.0f << "%.0f";
+        QTest::newRow("beyond the ladder") << 12000.0f << 10000.0f << "%.0f";
+    }
+
+    void tickLadder()
+    {
+        QFETCH(float, raw);
+        QFETCH(float, step);
+        QFETCH(QString, format);
+        QString chosen;
+        QCOMPARE(CAnaViewBase::niceStep(raw, chosen), step);
+        QCOMPARE(chosen, format);
+    }
+
+    void zoomStaysWithinItsLimits()
+    {
+        CAnaViewBase view(nullptr, nullptr);
+        view.zoomBy(1.0e6f);
+        view.zoomBy(1.0e6f);
+        QCOMPARE(view.m_fZoom, 10000.0f);
+        view.zoomBy(-1.0f);
+        QCOMPARE(view.m_fZoom, 1.0f);
+        for (int i = 0; i < 200; ++i)
+            view.zoomBy(1.0f / 1.1f);
+        QCOMPARE(view.m_fZoom, 0.0001f);
+        // The world range and scale give the content size at the zoom.
+        view.m_fScaleX = view.m_fScaleY = 2.0f;
+        view.zoomBy(-1.0f);
+        QCOMPARE(view.m_nDocW, 200);
+        QCOMPARE(view.m_nDocH, 200);
+    }
+
+    void vectorFormTurnsToTheFirstAndHidesVectors()
+    {
+        CCmtdChildFrame *frame = open(writePhasorRecording(m_dir, "vec", kUnbalanced));
+        QVERIFY(frame);
+        frame->waveView()->setCursorT1(200); // a whole number of cycles: the phasors stand at φ
+        CAnaFormChnGrpVec *form = openVectorForm(frame, {1, 0, 3});
+        QVERIFY(form);
+        QCOMPARE(frame->anaContainer()->currentFormNumber(), 7);
+        QVERIFY(frame->action(CCmtdChildFrame::ActAnaVec)->isChecked());
+        const auto &items = form->view()->items;
+        QCOMPARE(items.size(), size_t(3));
+        // The rows in the chosen order, Ub first: reference mode turns it to 0°.
+        QCOMPARE(form->table()->item(0, CAnaFormVectorBase::ColName)->text(), QStringLiteral("2:Ub"));
+        QVERIFY(std::abs(degreesOf(items[0])) < 1e-3);
+        QVERIFY(std::abs(degreesOf(items[1]) - (30.0 + 100.0)) < 0.05);
+        QVERIFY(std::abs(degreesOf(items[2]) - (-20.0 + 100.0)) < 0.05);
+        QVERIFY(form->table()
+                    ->item(0, CAnaFormVectorBase::ColVector)
+                    ->text()
+                    .contains(QStringLiteral("(Ang)0.000(Deg)")));
+        // The full scale of a class is 1.1 times the largest sample of its channels: Ua at 30°
+        // sampled every 18° peaks at 84°; Ia at -20° at 88°.
+        const double deg = std::numbers::pi / 180;
+        QVERIFY(std::abs(items[0].fMax - 1.1 * 100.0 * std::sin(84 * deg)) < 1e-2);
+        QVERIFY(std::abs(items[2].fMax - 1.1 * 50.0 * std::sin(88 * deg)) < 1e-2);
+        // Revolving: the true angles.
+        form->modeCombo()->setCurrentIndex(CAnaFormChnGrpVec::ModeRevolving);
+        QVERIFY(std::abs(degreesOf(items[0]) + 100.0) < 0.05);
+        // The current zoom leaves the voltages alone; a reset brings the gain back to 1.
+        form->slot_btnZoomInA();
+        form->slot_btnZoomInA();
+        QCOMPARE(items[0].fGain, 1.0f);
+        QCOMPARE(items[2].fGain, 1.1f * 1.1f);
+        form->slot_btnZoomResA();
+        QCOMPARE(items[2].fGain, 1.0f);
+        // A click on the enable icon hides the vector; a click elsewhere does nothing.
+        form->slot_cellClicked(1, CAnaFormVectorBase::ColName);
+        QCOMPARE(items[1].nFlags, 0u);
+        form->slot_cellClicked(1, CAnaFormVectorBase::ColEnable);
+        QCOMPARE(items[1].nFlags, uint32_t(VectorItem::Hidden));
+        // The form follows T1: a quarter cycle on, each vector turns by 90°.
+        frame->waveView()->setCursorT1(205);
+        QVERIFY(std::abs(degreesOf(items[0]) + 10.0) < 0.05);
+        // The channels are marked related while the form is on show, and no longer after.
+        QVERIFY(frame->recording().analogMaps[1]->flags & CChnMapBase::FlagRelated);
+        // The sequence form asks for its groups; a cancel leaves the page without a form.
+        whenDialogUp<CAnaFormChnGrpSeqDlgReset>([](CAnaFormChnGrpSeqDlgReset *dialog) { dialog->reject(); });
+        frame->action(CCmtdChildFrame::ActAnaSeq)->trigger();
+        QCOMPARE(frame->anaContainer()->currentFormNumber(), -1);
+        QVERIFY(!(frame->recording().analogMaps[1]->flags & CChnMapBase::FlagRelated));
+        QVERIFY(!frame->action(CCmtdChildFrame::ActAnaVec)->isChecked());
+        // Shown again, the form keeps its channels without asking.
+        frame->action(CCmtdChildFrame::ActAnaVec)->trigger();
+        QCOMPARE(frame->anaContainer()->currentFormNumber(), 7);
+        QCOMPARE(form->channels().size(), size_t(3));
+    }
+
+    void sequencePartsOfAnUnbalancedSet()
+    {
+        CCmtdChildFrame *frame = open(writePhasorRecording(m_dir, "seq", kUnbalanced));
+        QVERIFY(frame);
+        frame->waveView()->setCursorT1(300);
+        whenDialogUp<CAnaFormChnGrpSeqDlgReset>([](CAnaFormChnGrpSeqDlgReset *dialog) {
+            // Choosing Ua fills Ub and Uc from the phases that follow it; the currents stay out.
+            dialog->voltageCombo(0)->setCurrentIndex(1);
+            dialog->accept();
+        });
+        frame->action(CCmtdChildFrame::ActAnaSeq)->trigger();
+        auto *form = qobject_cast<CAnaFormChnGrpSeq *>(frame->anaContainer()->form(8));
+        QVERIFY(form);
+        QCOMPARE(form->voltageMask(), uint16_t(7));
+        QCOMPARE(form->currentMask(), uint16_t(0));
+        QVERIFY(!form->table()->isRowHidden(CAnaFormChnGrpSeq::RowU1));
+        QVERIFY(form->table()->isRowHidden(CAnaFormChnGrpSeq::RowI1));
+        QVERIFY(form->table()->isRowHidden(CAnaFormChnGrpSeq::RowIa + 2));
+        QCOMPARE(form->table()->item(CAnaFormChnGrpSeq::RowU1 + 2, CAnaFormVectorBase::ColName)->text(),
+                 QStringLiteral("U0"));
+        QCOMPARE(form->table()->item(CAnaFormChnGrpSeq::RowUa + 1, CAnaFormChnGrpSeq::ColChannels)->text(),
+                 QStringLiteral("2:Ub"));
+
+        // The sequence rows against the phase rows the form shows, combined independently.
+        const auto &items = form->view()->items;
+        const std::complex<double> a = std::polar(1.0, 2 * std::numbers::pi / 3);
+        const std::complex<double> A = phasorOf(items[6]), B = phasorOf(items[7]), C = phasorOf(items[8]);
+        const std::complex<double> expected[3] = {(A + a * B + a * a * C) / 3.0,
+                                                  (A + a * a * B + a * C) / 3.0, (A + B + C) / 3.0};
+        for (int i = 0; i < 3; ++i) {
+            const std::complex<double> shown = phasorOf(items[size_t(i)]);
+            QVERIFY2(std::abs(shown - expected[i]) <= 1e-6 * std::abs(expected[i]) + 1e-5,
+                     qPrintable(QStringLiteral("row %1").arg(i)));
+        }
+        // And against the set as designed, to the precision of the samples.
+        const std::complex<double> designed[3] = {std::polar(100.0, 30 * std::numbers::pi / 180),
+                                                  std::polar(80.0, -100 * std::numbers::pi / 180),
+                                                  std::polar(120.0, 140 * std::numbers::pi / 180)};
+        const std::complex<double> positive = (designed[0] + a * designed[1] + a * a * designed[2]) / 3.0;
+        QVERIFY(std::abs(phasorOf(items[0]) - positive) < 1e-2);
+    }
+
+    void playWalksT1ThroughTheRange()
+    {
+        CCmtdChildFrame *frame = open(writePhasorRecording(m_dir, "play", kUnbalanced));
+        QVERIFY(frame);
+        CAnaFormChnGrpVec *form = openVectorForm(frame, {0});
+        QVERIFY(form);
+        auto *play = form->findChild<QToolButton *>(QStringLiteral("btnPlay"));
+        auto *rate = form->findChild<QSpinBox *>(QStringLiteral("spinRate"));
+        auto *distance = form->findChild<QSpinBox *>(QStringLiteral("spinDistance"));
+        rate->setValue(1);
+        distance->setValue(4);
+        // T1 after T2: the play runs from the lower to the higher sample.
+        frame->waveView()->setCursorT1(160);
+        frame->waveView()->setCursorT2(100);
+        play->click();
+        QCOMPARE(form->playFrom(), 100);
+        QCOMPARE(frame->waveView()->cursorT2, 160);
+        QVERIFY(play->isChecked());
+        QVERIFY(QTest::qWaitFor([play] { return !play->isChecked(); }, 5000));
+        QCOMPARE(frame->waveView()->cursorT1, 160);
+        // Play again at the end of the range: too short now, so the stored range is replayed.
+        play->click();
+        QVERIFY(play->isChecked());
+        QVERIFY(frame->waveView()->cursorT1 <= 105);
+        QVERIFY(QTest::qWaitFor([play] { return !play->isChecked(); }, 5000));
+        QCOMPARE(form->playFrom(), 100);
+        // Too short on a form that never played: the engineer is told, and the cursors stay.
+        frame->waveView()->setCursorT1(150);
+        frame->waveView()->setCursorT2(151);
+        QString said;
+        CAnaFormChnGrpVec fresh(7, frame, frame->anaContainer());
+        fresh.setChannels({frame->recording().analogMaps[0].get()});
+        auto *freshPlay = fresh.findChild<QToolButton *>(QStringLiteral("btnPlay"));
+        pressWhenUp(&said, QStringLiteral("OK"));
+        freshPlay->click();
+        QCOMPARE(said, QStringLiteral(
+                           "The Range to Play Is Too Short! Please Choose Not Less Then 5 Sampling Points!"));
+        QVERIFY(!freshPlay->isChecked());
+        QCOMPARE(frame->waveView()->cursorT1, 150);
+    }
+
+    void choiceLimitsAndTheBusyRefusal()
+    {
+        CCmtdChildFrame *frame = open(writeRecording(m_dir, "nine", 200, 9, 0));
+        QVERIFY(frame);
+        QString said;
+        {
+            CAnaFormChnGrpVecDlgReset dialog(frame->recording(), 0, {}, nullptr);
+            QCOMPARE(dialog.offered()->count(), 9);
+            pressWhenUp(&said, QStringLiteral("OK"));
+            dialog.accept();
+            QCOMPARE(said, QStringLiteral("Please Choose NOT Less Than One Channel!"));
+            while (dialog.offered()->count() > 0)
+                dialog.slot_lstLeftDbClicked(dialog.offered()->item(0));
+            pressWhenUp(&said, QStringLiteral("OK"));
+            dialog.accept();
+            QCOMPARE(said, QStringLiteral("Can NOT Choose More Than 8 Channels!"));
+            QCOMPARE(dialog.result(), int(QDialog::Rejected));
+            // "Re-choose all" gives every channel back, in the recording's order.
+            dialog.slot_btnDelAll();
+            QCOMPARE(dialog.chosenList()->count(), 0);
+            QCOMPARE(dialog.offered()->item(0)->text(), QStringLiteral("1:U1"));
+        }
+        // While a job runs, a form does not ask for its object and does not show.
+        frame->document()->setBackgroundBit(CCmtdDocument::StateBusy, true);
+        pressWhenUp(&said, QStringLiteral("OK"));
+        frame->action(CCmtdChildFrame::ActAnaVec)->trigger();
+        frame->document()->setBackgroundBit(CCmtdDocument::StateBusy, false);
+        QCOMPARE(said, QStringLiteral(
+                           "A Background Service is Running Now, Please Retry this Operation for a moment!"));
+        QCOMPARE(frame->anaContainer()->currentFormNumber(), -1);
+    }
+
+    void hideUnrelatedKeepsOnlyTheFormsChannels()
+    {
+        CCmtdChildFrame *frame = open(writePhasorRecording(m_dir, "hide", kUnbalanced));
+        QVERIFY(frame);
+        frame->recording().analogMaps[4]->flags |= CChnMapBase::FlagHidden; // hidden by the engineer
+        CAnaFormChnGrpVec *form = openVectorForm(frame, {0, 1});
+        auto *hide = form->findChild<QToolButton *>(QStringLiteral("btnHide"));
+        hide->click();
+        const auto &maps = frame->recording().analogMaps;
+        QVERIFY(!(maps[0]->flags & CChnMapBase::FlagHidden));
+        QVERIFY(maps[2]->flags & CChnMapBase::FlagHidden);
+        hide->click();
+        QVERIFY(!(maps[2]->flags & CChnMapBase::FlagHidden));
+        QVERIFY(maps[4]->flags & CChnMapBase::FlagHidden);
+    }
+};
+
+QTEST_MAIN(FormsTest)
+#include "test_forms.moc"
