@@ -8,6 +8,7 @@
 #include "phasorsverb.h"
 #include "samplesverb.h"
 #include "saveinfverb.h"
+#include "sequencesverb.h"
 #include "unitsverb.h"
 
 #include <QCoreApplication>
@@ -30,6 +31,8 @@ void printUsage(FILE *out)
              "  phasors --json PATH --at SAMPLE [--dft-method rectSin|rectCos|trapSin|trapCos]\n"
              "          [--dft-win prev|cent|next] [--phcomp] [--primary]\n"
              "      fundamental phasor, effective values and read-out of every analog channel\n"
+             "  sequences --json PATH --channels A<n>,A<n>,A<n> --at SAMPLE\n"
+             "      positive, negative and zero sequence of three phases at a sample\n"
              "  convert PATH OUT [--ascii|--binary|--binary32|--float32] [--revision 1991|1999|2013]\n"
              "          [--progress]\n"
              "      write an exact copy of the recording under a new name ending in .cfg or .cff\n"
@@ -67,6 +70,8 @@ int main(int argc, char **argv)
         return RunSamples(argc - 2, argv + 2);
     if (std::strcmp(verb, "phasors") == 0)
         return RunPhasors(argc - 2, argv + 2);
+    if (std::strcmp(verb, "sequences") == 0)
+        return RunSequences(argc - 2, argv + 2);
     if (std::strcmp(verb, "convert") == 0)
         return RunConvert(argc - 2, argv + 2);
     if (std::strcmp(verb, "save-inf") == 0)
