@@ -117,7 +117,7 @@ void CAnaFormChnGrpSeq::setupGroupRows(const Group &group, int sequenceRow, int 
         phase.nClass = chn->Class();
         phase.nColor = chn->colour;
         phase.strName = phaseName;
-        phase.strLegend = phaseName + QLatin1Char(' ') + QString::fromLocal8Bit(chn->Name());
+        phase.strLegend = CAnaFormBase::channelName(*chn, flags);
         for (int row : {sequenceRow + i, phaseRow + i}) {
             setEnableCell(row, row);
             auto *name = new QTableWidgetItem(row == sequenceRow + i ? seqName : phaseName);

@@ -74,7 +74,7 @@ void CAnaFormVectorBase::buildLayout(CAnaFormChnGrpVecView *view, const QStringL
     m_table->horizontalHeader()->setStretchLastSection(true);
     m_table->setWordWrap(false);
     const int em = fontMetrics().horizontalAdvance(QLatin1Char('M'));
-    const int widths[] = {em * 2, em * 9, em * 8, em * 8, em * 15};
+    const int widths[] = {em * 2, em * 8, em * 7, em * 7, em * 19};
     for (int c = 0; c < int(std::size(widths)) && c < m_table->columnCount(); ++c)
         m_table->setColumnWidth(c, widths[c]);
     connect(m_table, &QTableWidget::cellClicked, this, &CAnaFormVectorBase::slot_cellClicked);

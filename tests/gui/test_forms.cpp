@@ -315,6 +315,31 @@ private Q_SLOTS:
         QCOMPARE(frame->anaContainer()->currentFormNumber(), -1);
     }
 
+    // The pictures of the user guide: run by tools/screenshots.sh under xvfb-run with
+    // VELDRIX_SCREENSHOTS naming the folder; skipped otherwise.
+    void screenshotsForTheGuide()
+    {
+        const QString folder = qEnvironmentVariable("VELDRIX_SCREENSHOTS");
+        if (folder.isEmpty())
+            QSKIP("VELDRIX_SCREENSHOTS is not set");
+        CCmtdChildFrame *frame = open(QStringLiteral(VELDRIX_DEMO_DIR "/demo_line_fault.cfg"));
+        QVERIFY(frame);
+        frame->showMaximized();
+        frame->waveView()->setCursorT2(400);
+        frame->waveView()->setCursorT1(620); // inside the phase-A fault
+        openVectorForm(frame, {0, 1, 2, 4, 5, 6});
+        QTest::qWait(300);
+        QVERIFY(m_main->grab().save(folder + QStringLiteral("/vector-form.png")));
+        whenDialogUp<CAnaFormChnGrpSeqDlgReset>([](CAnaFormChnGrpSeqDlgReset *dialog) {
+            dialog->voltageCombo(0)->setCurrentIndex(1);
+            dialog->currentCombo(0)->setCurrentIndex(1);
+            dialog->accept();
+        });
+        frame->action(CCmtdChildFrame::ActAnaSeq)->trigger();
+        QTest::qWait(300);
+        QVERIFY(m_main->grab().save(folder + QStringLiteral("/sequence-form.png")));
+    }
+
     void hideUnrelatedKeepsOnlyTheFormsChannels()
     {
         CCmtdChildFrame *frame = open(writePhasorRecording(m_dir, "hide", kUnbalanced));
