@@ -86,8 +86,9 @@ protected:
     QToolButton *makeButton(const char *icon, bool checkable = false);
     // The rate and distance boxes and the play, pause and replay buttons, added to `row`.
     void addPlayControls(QBoxLayout *row);
-    // The zoom-window, hand and clip buttons, added to `row`.
-    void addMouseModeButtons(QBoxLayout *row);
+    // The zoom-window, hand and clip buttons, added to `row`; a diagram without a world range
+    // (a phasor circle) offers the clip alone.
+    void addMouseModeButtons(QBoxLayout *row, bool withZoom = true);
     // "Choose Object" and "Hide Unrelated", added to `row`; choosing calls `chooseObject`.
     void addObjectButtons(QBoxLayout *row);
     // Runs the form's choice of its object (a dialog); empty in the base.

@@ -53,18 +53,23 @@ void CAnaFormBase::addPlayControls(QBoxLayout *row)
     connect(m_btnReplay, &QToolButton::clicked, this, &CAnaFormBase::slot_btnReplay);
 }
 
-void CAnaFormBase::addMouseModeButtons(QBoxLayout *row)
+void CAnaFormBase::addMouseModeButtons(QBoxLayout *row, bool withZoom)
 {
-    m_btnZoomWin = makeButton("ZoomWin.png", true);
-    m_btnHand = makeButton("IconHand.png", true);
+    if (withZoom) {
+        m_btnZoomWin = makeButton("ZoomWin.png", true);
+        m_btnHand = makeButton("IconHand.png", true);
+        connect(m_btnZoomWin, &QToolButton::toggled, this, &CAnaFormBase::slot_btnZoomWin);
+        connect(m_btnHand, &QToolButton::toggled, this, &CAnaFormBase::slot_btnHandMove);
+    }
     m_btnClip = makeButton("ToolsManClip.png", true);
+    m_btnClip->setObjectName(QStringLiteral("btnClip"));
+    connect(m_btnClip, &QToolButton::toggled, this, &CAnaFormBase::slot_btnClip);
     for (QToolButton *b : {m_btnZoomWin, m_btnHand, m_btnClip}) {
+        if (!b)
+            continue;
         b->setToolButtonStyle(Qt::ToolButtonIconOnly);
         row->addWidget(b);
     }
-    connect(m_btnZoomWin, &QToolButton::toggled, this, &CAnaFormBase::slot_btnZoomWin);
-    connect(m_btnHand, &QToolButton::toggled, this, &CAnaFormBase::slot_btnHandMove);
-    connect(m_btnClip, &QToolButton::toggled, this, &CAnaFormBase::slot_btnClip);
 }
 
 void CAnaFormBase::addObjectButtons(QBoxLayout *row)
@@ -101,8 +106,9 @@ void CAnaFormBase::retranslateShared()
     if (m_btnZoomWin) {
         m_btnZoomWin->setToolTip(tr("Zoom Window"));
         m_btnHand->setToolTip(tr("Move"));
-        m_btnClip->setToolTip(tr("Copy Area"));
     }
+    if (m_btnClip)
+        m_btnClip->setToolTip(tr("Copy an area of the diagram to the clipboard"));
 }
 
 void CAnaFormBase::stopPlayButtons()

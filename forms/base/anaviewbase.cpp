@@ -132,11 +132,13 @@ void CAnaViewBase::drawContents(QPainter &painter, const QRect &)
         painter.drawText(area, Qt::AlignCenter, tr("***** Please Choose Object *****"));
         return;
     }
-    painter.setRenderHint(QPainter::Antialiasing, true);
+    // Grid and axes on whole pixels, crisp; the content smooth.
+    painter.setRenderHint(QPainter::Antialiasing, false);
     updateTicks();
     QRect plot;
     paintFrame(painter, area, plot);
     painter.save();
+    painter.setRenderHint(QPainter::Antialiasing, true);
     painter.setClipRect(plot);
     paintDiagram(painter, plot);
     painter.restore();

@@ -61,6 +61,7 @@ void CAnaFormVectorBase::buildLayout(CAnaFormChnGrpVecView *view, const QStringL
         bar->addWidget(m_zoomButtons[i]);
         connect(m_zoomButtons[i], &QToolButton::clicked, this, slots[i]);
     }
+    addMouseModeButtons(bar, false);
     bar->addStretch(1);
     addPlayControls(bar);
     column->addLayout(bar);

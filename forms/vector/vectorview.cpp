@@ -8,6 +8,14 @@ CAnaFormChnGrpVecView::CAnaFormChnGrpVecView(CCmtdChildFrame *frame, CAnaFormBas
     : CAnaViewBase(frame, form, parent)
 {}
 
+void CAnaFormChnGrpVecView::resizeEvent(QResizeEvent *event)
+{
+    CAnaViewBase::resizeEvent(event);
+    m_nDocW = width();
+    m_nDocH = height();
+    updateSize();
+}
+
 void CAnaFormChnGrpVecView::drawContents(QPainter &painter, const QRect &)
 {
     // The diagram always fills the visible area; the document is the viewport itself.

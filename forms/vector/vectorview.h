@@ -41,6 +41,8 @@ public:
     std::vector<VectorItem> items;
 
 protected:
+    // The document is the viewport: the circle always fits, and a clip can take any part of it.
+    void resizeEvent(QResizeEvent *event) override;
     // One vector from the centre to `tip`.
     virtual void drawOne(QPainter &painter, QPoint centre, QPoint tip, uint32_t colour);
 

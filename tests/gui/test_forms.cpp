@@ -143,6 +143,34 @@ private Q_SLOTS:
         QCOMPARE(view.m_nDocH, 200);
     }
 
+    void diagramOriginAndAxes()
+    {
+        // A world of -10..10 by -5..5 at 20 pixels per unit, margins left and bottom.
+        CAnaViewBase view(nullptr, nullptr);
+        view.m_fXMin = -10.0f;
+        view.m_fXMax = 10.0f;
+        view.m_fYMin = -5.0f;
+        view.m_fYMax = 5.0f;
+        view.m_fScaleX = view.m_fScaleY = 20.0f;
+        view.m_nMarginL = 40;
+        view.m_nMarginB = 30;
+        view.resize(440, 330);
+        view.updateContentSize();
+        QCOMPARE(view.m_nDocW, 400);
+        QCOMPARE(view.m_nDocH, 200);
+        // Width 400 from the viewport and the content alike; height 300 from the viewport.
+        const QPoint origin = view.diagramOrigin(view.size());
+        QCOMPARE(origin, QPoint(240, 150));
+        QImage image(view.size(), QImage::Format_ARGB32);
+        QPainter painter(&image);
+        view.drawContents(painter, view.rect());
+        painter.end();
+        // The horizontal axis runs through the origin in the axis colour; the left margin
+        // strip has the background colour.
+        QCOMPARE(image.pixel(origin.x() + 100, origin.y()), view.colour(2));
+        QCOMPARE(image.pixel(5, 5), view.colour(1));
+    }
+
     void vectorFormTurnsToTheFirstAndHidesVectors()
     {
         CCmtdChildFrame *frame = open(writePhasorRecording(m_dir, "vec", kUnbalanced));
