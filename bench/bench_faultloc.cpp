@@ -2,6 +2,7 @@
 // line computed from its long-line equations): both windows found from the current edges, the
 // phasors of both ends, and the search. The target is well under 0.5 s.
 
+#include "benchmemory.h"
 #include "cmtd99file.h"
 #include "faultend.h"
 #include "faultsolver.h"
@@ -21,12 +22,7 @@ struct BenchEnd
 {
     explicit BenchEnd(const linefault::End &e, const char *title)
     {
-        SampleSegment segment;
-        segment.index = 1;
-        segment.rate = 10000.0f;
-        segment.end = kPoints;
-        file.segments.push_back(segment);
-        file.pointCount = file.loadedPoints = kPoints;
+        setOneRate(file, kPoints, 10000.0f);
         file.triggerIndex = kFaultAt;
         for (int c = 0; c < 6; ++c) {
             const int p = c % 3;

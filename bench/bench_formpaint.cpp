@@ -5,6 +5,7 @@
 
 #include "anaformchngrpseq.h"
 #include "anaformchngrpvec.h"
+#include "benchmemory.h"
 #include "cmtd99file.h"
 #include "cmtdchildframe.h"
 #include "cmtdviewanawave.h"
@@ -17,7 +18,6 @@
 #include <QStandardPaths>
 
 #include <cmath>
-#include <memory>
 
 namespace {
 
@@ -34,32 +34,19 @@ struct Scene
         main.initialize();
         frame = new CCmtdChildFrame(&main);
         CCmtd99File &file = frame->recordingForJob();
-        SampleSegment segment;
-        segment.index = 1;
-        segment.rate = 10000.0f;
-        segment.end = kPoints;
-        file.segments.push_back(segment);
-        file.pointCount = file.loadedPoints = kPoints;
-        file.sampleTimes = static_cast<int64_t *>(AllocateSamples(kPoints, sizeof(int64_t)));
-        for (int n = 0; n < kPoints; ++n)
-            file.sampleTimes[n] = int64_t(n) * 100;
+        setOneRate(file, kPoints, 10000.0f, true);
         for (int c = 0; c < kChannels; ++c) {
             const bool voltage = c < kChannels / 2;
-            auto record = std::make_unique<CmtdChn_Analog>();
-            record->Reset(c + 1);
-            record->ch_id = QByteArray(voltage ? "U" : "I") + char('a' + c % 3) + QByteArray::number(c / 3);
-            record->ph = QByteArray(1, char('A' + c % 3));
-            record->flags |= CmtdChn_Analog::PhaseGiven;
-            record->uu = voltage ? "V" : "A";
-            file.analogChannels.push_back(std::move(record));
-            auto map = std::make_unique<CChnMapAnalog>(file.analogChannels.back().get());
-            map->allocate(kPoints);
-            float *v = map->Values();
             const double peak = voltage ? 100.0 : 5.0;
-            for (int n = 0; n < kPoints; ++n)
-                v[n] = float(peak * std::sin(2 * M_PI * 50.0 * n / 10000.0 - (c % 3) * 2 * M_PI / 3));
-            map->RecalcExtremes();
-            file.analogMaps.push_back(std::move(map));
+            const double shift = (c % 3) * 2 * M_PI / 3;
+            const char phase[2] = {char('A' + c % 3), 0};
+            addMemoryChannel(
+                file, QByteArray(voltage ? "U" : "I") + char('a' + c % 3) + QByteArray::number(c / 3),
+                voltage ? "V" : "A",
+                [peak, shift](int n) {
+                    return float(peak * std::sin(2 * M_PI * 50.0 * n / 10000.0 - shift));
+                },
+                phase);
         }
         file.BuildScaleGroups();
         frame->resize(1600, 1000);

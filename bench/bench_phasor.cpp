@@ -1,6 +1,7 @@
 // The fundamental phasor at every sample of a long channel: 1,000,000 samples at 10 kHz on
 // 50 Hz (200 points per cycle), for each of the four kernels.
 
+#include "benchmemory.h"
 #include "cmtd99file.h"
 #include "complexd.h"
 #include "globalsettings.h"
@@ -17,12 +18,7 @@ void BM_PhasorEverySample(benchmark::State &state)
 {
     const int points = 1000000;
     CCmtd99File file;
-    SampleSegment segment;
-    segment.index = 1;
-    segment.rate = 10000.0f;
-    segment.end = points;
-    file.segments.push_back(segment);
-    file.pointCount = file.loadedPoints = points;
+    setOneRate(file, points, 10000.0f);
     std::vector<float> x(points);
     for (int i = 0; i < points; ++i)
         x[size_t(i)] = static_cast<float>(100.0 * std::sin(2 * M_PI * 50.0 * i / 10000.0 + 0.3));

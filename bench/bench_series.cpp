@@ -3,6 +3,7 @@
 // second, and take no memory beyond the output array but a constant: the bytes allocated
 // during a run are reported as the counter "allocBytes".
 
+#include "benchmemory.h"
 #include "cmtd99file.h"
 #include "derivedseries.h"
 #include "freqseries.h"
@@ -76,12 +77,7 @@ struct LongRecording
 {
     explicit LongRecording(double freq)
     {
-        SampleSegment segment;
-        segment.index = 1;
-        segment.rate = 10000.0f;
-        segment.end = kPoints;
-        file.segments.push_back(segment);
-        file.pointCount = file.loadedPoints = kPoints;
+        setOneRate(file, kPoints, 10000.0f);
         file.sampleTimes = static_cast<int64_t *>(std::malloc(sizeof(int64_t) * kPoints));
         x.resize(kPoints);
         for (int i = 0; i < kPoints; ++i) {

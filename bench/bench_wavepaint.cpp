@@ -4,6 +4,7 @@
 // And the first waves of a 138 MB binary recording: from the open of the file to the first
 // paint of the wave view with samples, while the worker still reads. The target is 300 ms.
 
+#include "benchmemory.h"
 #include "benchrecording.h"
 #include "cmtd99file.h"
 #include "cmtdchildframe.h"
@@ -37,29 +38,11 @@ struct Scene
         main.initialize();
         frame = new CCmtdChildFrame(&main);
         CCmtd99File &file = frame->recordingForJob();
-        SampleSegment segment;
-        segment.index = 1;
-        segment.rate = 10000.0f;
-        segment.end = kPoints;
-        file.segments.push_back(segment);
-        file.pointCount = file.loadedPoints = kPoints;
-        file.sampleTimes = static_cast<int64_t *>(AllocateSamples(kPoints, sizeof(int64_t)));
-        for (int n = 0; n < kPoints; ++n)
-            file.sampleTimes[n] = int64_t(n) * 100 - 100000;
-        for (int c = 0; c < kChannels; ++c) {
-            auto record = std::make_unique<CmtdChn_Analog>();
-            record->Reset(c + 1);
-            record->ch_id = "U";
-            record->uu = "V";
-            file.analogChannels.push_back(std::move(record));
-            auto map = std::make_unique<CChnMapAnalog>(file.analogChannels.back().get());
-            map->allocate(kPoints);
-            float *v = map->Values();
-            for (int n = 0; n < kPoints; ++n)
-                v[n] = static_cast<float>(100.0 * std::sin(2 * M_PI * 50.0 * n / 10000.0 + c));
-            map->RecalcExtremes();
-            file.analogMaps.push_back(std::move(map));
-        }
+        setOneRate(file, kPoints, 10000.0f, true, -100000);
+        for (int c = 0; c < kChannels; ++c)
+            addMemoryChannel(file, "U", "V", [c](int n) {
+                return static_cast<float>(100.0 * std::sin(2 * M_PI * 50.0 * n / 10000.0 + c));
+            });
         file.BuildScaleGroups();
         frame->resize(1600, 1000);
         view = frame->waveView();
