@@ -123,15 +123,21 @@ void CAnaViewBase::zoomWindowFinished()
     m_fZoom = qBound(kZoomMin, m_fZoom, kZoomMax);
 }
 
+bool CAnaViewBase::paintNoObject(QPainter &painter, const QRect &area)
+{
+    if (hasObject())
+        return false;
+    painter.setPen(QColor(0xFF, 0, 0));
+    painter.drawText(area, Qt::AlignCenter, tr("***** Please Choose Object *****"));
+    return true;
+}
+
 void CAnaViewBase::drawContents(QPainter &painter, const QRect &)
 {
     // The whole visible part is drawn, so that the labels keep to the margins while scrolling.
-    const QRect area(scrollX(), scrollY(), width(), height());
-    if (!hasObject()) {
-        painter.setPen(QColor(0xFF, 0, 0));
-        painter.drawText(area, Qt::AlignCenter, tr("***** Please Choose Object *****"));
+    const QRect area = visibleArea();
+    if (paintNoObject(painter, area))
         return;
-    }
     // Grid and axes on whole pixels, crisp; the content smooth.
     painter.setRenderHint(QPainter::Antialiasing, false);
     updateTicks();

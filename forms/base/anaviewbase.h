@@ -71,6 +71,10 @@ public:
     QString m_strYName;
 
 protected:
+    // The visible part of the document, which a diagram always draws whole.
+    QRect visibleArea() const { return QRect(scrollX(), scrollY(), width(), height()); }
+    // Without an object the view asks for one in red and draws nothing else: true then.
+    bool paintNoObject(QPainter &painter, const QRect &area);
     // The painting skeleton: background strips, grid, tick labels, axes and border.
     void paintFrame(QPainter &painter, const QRect &area, QRect &plot);
     void paintGrid(QPainter &painter, const QRect &plot, double factor);

@@ -19,12 +19,9 @@ void CAnaFormChnGrpVecView::resizeEvent(QResizeEvent *event)
 void CAnaFormChnGrpVecView::drawContents(QPainter &painter, const QRect &)
 {
     // The diagram always fills the visible area; the document is the viewport itself.
-    const QRect area(scrollX(), scrollY(), width(), height());
-    if (!hasObject()) {
-        painter.setPen(QColor(0xFF, 0, 0));
-        painter.drawText(area, Qt::AlignCenter, tr("***** Please Choose Object *****"));
+    const QRect area = visibleArea();
+    if (paintNoObject(painter, area))
         return;
-    }
     painter.setRenderHint(QPainter::Antialiasing, true);
     const int fh = fontMetrics().height();
     const int radius = (qMin(area.width(), area.height()) - 2 * fh) / 2;
