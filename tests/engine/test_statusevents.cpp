@@ -14,8 +14,6 @@ TEST(TimeTexts, ShortestFullAndMillisecondForms)
 {
     EXPECT_EQ(TimeText(1500000), "0:01.5");
     EXPECT_EQ(TimeText(-1000), "-0:00.001");
-    EXPECT_EQ(TimeText(0), "0:00.0");
-    EXPECT_EQ(TimeText(-61000010), "-1:01.00001");
 
     EXPECT_EQ(TimeTextFull(1500000), "0:01.500000");
     EXPECT_EQ(TimeTextFull(-1000), "-0:00.001000");
@@ -24,10 +22,8 @@ TEST(TimeTexts, ShortestFullAndMillisecondForms)
     EXPECT_EQ(TimeTextMs(1500000), "1500.000ms");
     EXPECT_EQ(TimeTextMs(-1000), "-1.000ms");
     EXPECT_EQ(TimeTextMs(-1), "-0.001ms");
-    EXPECT_EQ(TimeTextMs(123456789), "123456.789ms");
     EXPECT_EQ(TimeTextMs(INT64_MIN), "-9223372036854775.808ms");
 
-    EXPECT_EQ(StatusDeltaText(-1000, StatusTimeMinSecUs), "-0:00.001");
     EXPECT_EQ(StatusDeltaText(-1000, StatusTimeMsUs), "-1.000ms");
 }
 

@@ -9,35 +9,14 @@
 #include <string>
 #include <vector>
 
-namespace {
-
-XYBound Bound(int32_t kind, uint32_t colour, double p, double q = 0.0, double s = 0.0)
-{
-    XYBound bound;
-    bound.kind = kind;
-    bound.colour = colour;
-    if (kind == XYBound::KindLine) {
-        bound.a = p;
-        bound.b = q;
-    } else if (kind == XYBound::KindPlumbLine) {
-        bound.c = p;
-    } else {
-        bound.xc = p;
-        bound.yc = q;
-        bound.r = s;
-    }
-    return bound;
-}
-
 using XYBoundFile = RecordingTest;
-
-} // namespace
 
 TEST_F(XYBoundFile, RoundTrip)
 {
-    const std::vector<XYBound> list = {Bound(XYBound::KindLine, 0x80FF8000u, 1.5, -2.25),
-                                       Bound(XYBound::KindCircle, 0xFF0000FFu, 3.0, -4.0, 0.1234567),
-                                       Bound(XYBound::KindPlumbLine, 0xFF102030u, 12.0)};
+    const std::vector<XYBound> list = {
+        {.kind = XYBound::KindLine, .colour = 0x80FF8000u, .a = 1.5, .b = -2.25},
+        {.kind = XYBound::KindCircle, .colour = 0xFF0000FFu, .xc = 3.0, .yc = -4.0, .r = 0.1234567},
+        {.kind = XYBound::KindPlumbLine, .colour = 0xFF102030u, .c = 12.0}};
     const QString path = QString::fromStdString(dir.path("zones.txb"));
     QString message = "old";
     ASSERT_TRUE(SaveXYBounds(path, list, message));
@@ -52,7 +31,7 @@ TEST_F(XYBoundFile, RoundTrip)
               "Circle=0,0,255,3.000000,-4.000000,0.123457//R,G,B,xc,yc,r\n"
               "LineC=16,32,48,12.000000//R,G,B,c\n");
 
-    std::vector<XYBound> back = {Bound(XYBound::KindPlumbLine, 0, 99.0)};
+    std::vector<XYBound> back(5); // the reader starts a new list
     ASSERT_TRUE(LoadXYBounds(path, back, message));
     ASSERT_EQ(back.size(), 3u);
     EXPECT_EQ(back[0].kind, XYBound::KindLine);
@@ -92,7 +71,7 @@ TEST_F(XYBoundFile, WrittenByHand)
 TEST_F(XYBoundFile, Messages)
 {
     const QString missing = QString::fromStdString(dir.path("none/zones.txb"));
-    std::vector<XYBound> list = {Bound(XYBound::KindPlumbLine, 0, 1.0)};
+    std::vector<XYBound> list(1);
     QString message;
     EXPECT_FALSE(SaveXYBounds(missing, list, message));
     EXPECT_EQ(message, "Create [" + missing + "] Error When Save File!");
