@@ -3,6 +3,7 @@
 
 #include "convertverb.h"
 #include "deriveverb.h"
+#include "eventsverb.h"
 #include "infoverb.h"
 #include "locateverb.h"
 #include "phasorsverb.h"
@@ -51,7 +52,9 @@ void printUsage(FILE *out)
              "         --m-ta PRIMARY_A,SECONDARY_A [--m-kf KF] [--m-start SAMPLE] --n PATH ... (the same\n"
              "         with --n-)\n"
              "      distance to a short circuit from the recordings of both line ends; exit 1 when the\n"
-             "      location fails (its code and report are printed)\n");
+             "      location fails (its code and report are printed)\n"
+             "  events --json PATH [--base t0|t0c|SAMPLE] [--format mmssus|msus]\n"
+             "      every change of state of the status channels in time order, with its delta time\n");
 }
 
 } // namespace
@@ -82,6 +85,8 @@ int main(int argc, char **argv)
         return RunDerive(argc - 2, argv + 2);
     if (std::strcmp(verb, "locate") == 0)
         return RunLocate(argc - 2, argv + 2);
+    if (std::strcmp(verb, "events") == 0)
+        return RunEvents(argc - 2, argv + 2);
     if (std::strcmp(verb, "--help") == 0 || std::strcmp(verb, "help") == 0) {
         printUsage(stdout);
         return 0;
