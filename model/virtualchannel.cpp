@@ -37,7 +37,7 @@ CChnMapAnalog *mapOf(const CCmtd99File &file, const CmtdChn_Analog *record)
 // indexes are used up.
 int nextVirtualIndex(const CCmtd99File &file)
 {
-    const int first = std::max({int(file.firstFreeChannelIndex), 1});
+    const int first = std::max(int(file.firstFreeChannelIndex), 1);
     int index = std::max(first, int(file.firstFreeChannelIndex2));
     for (int tries = 0; tries < 2; ++tries) {
         for (; index <= INT16_MAX; ++index) {
