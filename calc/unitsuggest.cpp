@@ -4,11 +4,11 @@
 #include "chnvocabulary.h"
 #include "cmtd99file.h"
 #include "cmtdchannel.h"
+#include "textcodec.h"
 
 #include <QCoreApplication>
 #include <QRegularExpression>
 #include <QStringList>
-#include <QTextCodec>
 
 #include <array>
 #include <map>
@@ -509,10 +509,7 @@ std::vector<Bay> collectBays(const CCmtd99File &file)
 
 QByteArray encode(const CCmtd99File &file, const QString &text)
 {
-    if (!file.codecName.isEmpty() && file.codecName != "UTF-8")
-        if (QTextCodec *codec = QTextCodec::codecForName(file.codecName))
-            return codec->fromUnicode(text);
-    return text.toUtf8();
+    return EncodeText(text, file.codecName);
 }
 
 // Names are unique among the recording's units and the proposals already made.

@@ -15,14 +15,21 @@ QString tr(const char *text)
     return QCoreApplication::translate("ChannelEdit", text);
 }
 
+// The page lists the file's channels only: a position never reaches a virtual channel, which
+// stands behind them.
 CmtdChn_Base *recordAt(const CCmtd99File &file, bool analog, int position)
 {
     if (position < 0)
         return nullptr;
     if (analog)
-        return position < int(file.analogChannels.size()) ? file.analogChannels[size_t(position)].get()
-                                                          : nullptr;
+        return position < file.FileAnalogCount() ? file.analogChannels[size_t(position)].get() : nullptr;
     return position < int(file.statusChannels.size()) ? file.statusChannels[size_t(position)].get() : nullptr;
+}
+
+CChnMapAnalog *analogStoreAt(const CCmtd99File &file, int position)
+{
+    return position >= 0 && position < file.FileAnalogStoreCount() ? file.analogMaps[size_t(position)].get()
+                                                                   : nullptr;
 }
 
 // The store of an analog record rebuilt from it: class, phase, unit and scale follow the record,
@@ -31,9 +38,10 @@ CmtdChn_Base *recordAt(const CCmtd99File &file, bool analog, int position)
 // carried over to the new scale: raw = (value - offset) / gain, value' = raw × gain' + offset'.
 void refreshStore(CCmtd99File &file, int position)
 {
-    if (position >= int(file.analogMaps.size()))
+    CChnMapAnalog *store = analogStoreAt(file, position);
+    if (!store)
         return;
-    CChnMapAnalog &map = *file.analogMaps[size_t(position)];
+    CChnMapAnalog &map = *store;
     const CChnMapAnalog fresh(map.config);
     map.chnClass = fresh.chnClass;
     map.kindCode = fresh.kindCode;
@@ -63,9 +71,8 @@ void keepRatioAsRatings(CCmtd99File &file, int position, CmtdChn_Analog &record)
 {
     constexpr uint32_t ratingBits = CmtdChn_Analog::PrimaryRatingGiven | CmtdChn_Analog::PrimaryUnitGiven |
                                     CmtdChn_Analog::SecondaryRatingGiven | CmtdChn_Analog::SecondaryUnitGiven;
-    const int16_t chnClass = position < int(file.analogMaps.size())
-                                 ? file.analogMaps[size_t(position)]->Class()
-                                 : int16_t(ClassOther);
+    const CChnMapAnalog *store = analogStoreAt(file, position);
+    const int16_t chnClass = store ? store->Class() : int16_t(ClassOther);
     if (chnClass == ClassACV || chnClass == ClassACC) {
         record.flags &= ~ratingBits;
         return;
@@ -104,8 +111,7 @@ bool refuse(QString *reason, const QString &text)
 QString analogFieldText(const CCmtd99File &file, int position, const CmtdChn_Analog &record,
                         ChannelField field)
 {
-    const CChnMapAnalog *map =
-        position < int(file.analogMaps.size()) ? file.analogMaps[size_t(position)].get() : nullptr;
+    const CChnMapAnalog *map = analogStoreAt(file, position);
     switch (field) {
     case ChannelField::Unit:
         return file.Text(record.uu);
@@ -251,8 +257,8 @@ QString ChannelFieldText(const CCmtd99File &file, bool analog, int position, Cha
     case ChannelField::Name:
         return file.Text(record->alias.isEmpty() ? record->ch_id : record->alias);
     case ChannelField::Class:
-        if (analog && position < int(file.analogMaps.size()))
-            return QString::fromLatin1(ClassCode(file.analogMaps[size_t(position)]->Class()));
+        if (const CChnMapAnalog *store = analog ? analogStoreAt(file, position) : nullptr)
+            return QString::fromLatin1(ClassCode(store->Class()));
         return QString();
     case ChannelField::RatedFreq:
         return analog

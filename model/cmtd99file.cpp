@@ -799,10 +799,11 @@ bool CCmtd99File::WriteCfg(QIODevice &out) const
     const CmtdFileDescription &desc = fileDesc;
     appendf(text, "%s,%s,%s\n", desc.stationName.constData(), desc.recDevId.constData(),
             desc.revYear.constData());
-    const int analogs = static_cast<int>(analogChannels.size());
+    const int analogs = FileAnalogCount();
     const int statuses = static_cast<int>(statusChannels.size());
     appendf(text, "%d,%dA,%dD\n", analogs + statuses, analogs, statuses);
-    for (const auto &c : analogChannels) {
+    for (int i = 0; i < analogs; ++i) {
+        const CmtdChn_Analog *c = analogChannels[size_t(i)].get();
         appendf(text, "%d,%s,%s,%s,%s,%.10f,%.10f,%.6f,%.0f,%.0f,%.6f,%.6f,%c\n", c->index,
                 c->ch_id.constData(), c->ph.constData(), c->ccbm.constData(), c->uu.constData(), double(c->a),
                 double(c->b), double(c->skew), double(c->min), double(c->max), double(c->primary),
@@ -842,6 +843,22 @@ bool CCmtd99File::SaveCfg(const char *path)
         return false;
     }
     return true;
+}
+
+int CCmtd99File::FileAnalogCount() const
+{
+    int count = 0;
+    for (const auto &channel : analogChannels) {
+        if (IsVirtualAnalog(*channel))
+            break;
+        ++count;
+    }
+    return count;
+}
+
+int CCmtd99File::FileAnalogStoreCount() const
+{
+    return std::min(FileAnalogCount(), static_cast<int>(analogMaps.size()));
 }
 
 CmtdChn_Analog *CCmtd99File::FindAnalogChannel(int index) const

@@ -138,6 +138,13 @@ public:
 
     // The channel index at which virtual (derived) channels begin.
     bool IsVirtualAnalog(const CmtdChn_Base &channel) const { return channel.index >= firstFreeChannelIndex; }
+    // The analog channels that the file holds: the leading part of `analogChannels`, virtual
+    // channels standing behind them. Writers put these on disk and no others.
+    int FileAnalogCount() const;
+    // Their stores: the same leading part of `analogMaps` (none before the samples are read).
+    int FileAnalogStoreCount() const;
+    // A message of the worker's jobs (the sample reader, the derived channels).
+    void AddDatMessage(const QByteArray &text);
 
     int32_t validationMask = 0;
     uint32_t infSectionsSeen = 0;
@@ -207,7 +214,6 @@ public:
 
 protected:
     void AddCfgMessage(const QByteArray &text);
-    void AddDatMessage(const QByteArray &text);
 
 private:
     friend class CDatLoader;

@@ -6,6 +6,7 @@
 #include "diskfile.h"
 #include "linereader.h"
 #include "safewrite.h"
+#include "virtualchannel.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
@@ -559,7 +560,7 @@ void CDatLoader::takeAsciiValue(int c, int n, const char *field)
 
 void CDatLoader::storeExtremes()
 {
-    for (size_t c = 0; c < m_file.analogMaps.size(); ++c) {
+    for (size_t c = 0; c < m_max.size() && c < m_file.analogMaps.size(); ++c) {
         m_file.analogMaps[c]->maxValue = m_max[c];
         m_file.analogMaps[c]->minValue = m_min[c];
     }
@@ -797,6 +798,8 @@ std::unique_ptr<CDiskFile> CCmtd99File::OpenDataSource(const char *path)
 
 bool CCmtd99File::LoadDat(const char *path, ProgressFn fn, void *context)
 {
+    // Channels derived from the samples go with them; the data file has no column for them.
+    RemoveAllVirtualChannels(*this);
     loadedPoints = 0;
     if (pointCount < 5) {
         AddDatMessage(CmtdMessage("Invalid [sampling-points number] int config file!"));
@@ -917,7 +920,9 @@ namespace {
 // is written afterwards and carries it.
 void widenMultipliers(CCmtd99File &file, bool wide)
 {
-    for (const auto &map : file.analogMaps) {
+    const int analogs = file.FileAnalogStoreCount();
+    for (int i = 0; i < analogs; ++i) {
+        const CChnMapAnalog *map = file.analogMaps[size_t(i)].get();
         CmtdChn_Analog *c = map->config;
         const float peak = std::max(std::fabs(map->maxValue), std::fabs(map->minValue));
         const float r = (peak - c->b) / c->a / (wide ? 2147483000.0f : 32766.0f);
@@ -939,7 +944,7 @@ bool writeAsciiRecords(const CCmtd99File &file, QIODevice &out)
     std::unique_ptr<char[]> line(new (std::nothrow) char[kAsciiLine]);
     if (!line)
         return false;
-    const int analogs = static_cast<int>(file.analogMaps.size());
+    const int analogs = file.FileAnalogStoreCount();
     const int statuses = static_cast<int>(file.statusMaps.size());
     // Lines are gathered into blocks, so that the disk sees large writes.
     QByteArray block;
@@ -968,7 +973,7 @@ bool writeAsciiRecords(const CCmtd99File &file, QIODevice &out)
 // The analog values of one binary record: 16-bit or 32-bit integers, or IEEE floats.
 void putAnalogValues(const CCmtd99File &file, int n, unsigned char *first, int width, bool floats)
 {
-    const int analogs = static_cast<int>(file.analogMaps.size());
+    const int analogs = file.FileAnalogStoreCount();
     for (int c = 0; c < analogs; ++c) {
         const CChnMapAnalog &map = *file.analogMaps[c];
         unsigned char *value = first + width * c;
@@ -991,7 +996,7 @@ void putAnalogValues(const CCmtd99File &file, int n, unsigned char *first, int w
 // Records assembled 1024 at a time, status words zeroed before each block, one write per block.
 bool writeBinaryRecords(const CCmtd99File &file, QIODevice &out, int width, bool floats)
 {
-    const int analogs = static_cast<int>(file.analogMaps.size());
+    const int analogs = file.FileAnalogStoreCount();
     const int statuses = static_cast<int>(file.statusMaps.size());
     const int words = (statuses + 15) / 16;
     const int recordSize = 8 + analogs * width + words * 2;

@@ -70,6 +70,16 @@ struct Plan
     int64_t shift = 0; // added to each time before it is written as a stamp
 };
 
+// The stores of the file's own channels; virtual channels are never written.
+std::vector<const CChnMapAnalog *> fileStores(const CCmtd99File &file)
+{
+    std::vector<const CChnMapAnalog *> stores;
+    const int analogs = file.FileAnalogStoreCount();
+    for (int i = 0; i < analogs; ++i)
+        stores.push_back(file.analogMaps[size_t(i)].get());
+    return stores;
+}
+
 int revisionOf(const QByteArray &revYear)
 {
     const int year = revYear.toInt();
@@ -244,7 +254,7 @@ bool checkFinite(const CCmtd99File &file, const Target &target, QString *error)
 {
     if (target.markers)
         return true;
-    for (const auto &map : file.analogMaps) {
+    for (const CChnMapAnalog *map : fileStores(file)) {
         const float *values = map->Values();
         for (int n = 0; n < file.loadedPoints; ++n) {
             if (!std::isfinite(values[n])) {
@@ -271,7 +281,7 @@ bool makePlan(const CCmtd99File &file, const ExactCopyFormat &format, Plan &plan
         *error = tr("The time stamps of this recording cannot be written so that they read back");
         return false;
     }
-    for (const auto &map : file.analogMaps)
+    for (const CChnMapAnalog *map : fileStores(file))
         plan.codings.push_back(chooseCoding(*map, file.loadedPoints, plan.target));
     return true;
 }
@@ -309,7 +319,7 @@ QByteArray configText(const CCmtd99File &file, const Plan &plan)
     if (revision != 1991)
         text += ',' + revisionText(file, plan.target);
     text += '\n';
-    const int analogs = static_cast<int>(file.analogMaps.size());
+    const int analogs = file.FileAnalogStoreCount();
     const int statuses = static_cast<int>(file.statusMaps.size());
     text += QByteArray::number(analogs + statuses) + ',' + QByteArray::number(analogs) + "A," +
             QByteArray::number(statuses) + "D\n";
@@ -399,14 +409,14 @@ void putAnalog(unsigned char *p, float value, const Coding &coding, const Target
 int recordSize(const CCmtd99File &file, const Target &target)
 {
     const int statuses = static_cast<int>(file.statusMaps.size());
-    return 8 + static_cast<int>(file.analogMaps.size()) * target.width + (statuses + 15) / 16 * 2;
+    return 8 + file.FileAnalogStoreCount() * target.width + (statuses + 15) / 16 * 2;
 }
 
 bool writeBinary(const CCmtd99File &file, const Plan &plan, QIODevice &out)
 {
     const Target &target = plan.target;
     const int size = recordSize(file, target);
-    const int analogs = static_cast<int>(file.analogMaps.size());
+    const int analogs = file.FileAnalogStoreCount();
     const int statuses = static_cast<int>(file.statusMaps.size());
     std::unique_ptr<unsigned char[]> block(new (std::nothrow) unsigned char[size_t(size) * kRecordsPerWrite]);
     if (!block)
@@ -445,7 +455,7 @@ void appendInteger(QByteArray &text, int64_t value)
 bool writeAscii(const CCmtd99File &file, const Plan &plan, QIODevice &out)
 {
     QByteArray text;
-    const int analogs = static_cast<int>(file.analogMaps.size());
+    const int analogs = file.FileAnalogStoreCount();
     for (int n = 0; n < file.loadedPoints; ++n) {
         appendInteger(text, n + 1);
         text += ',';
@@ -666,10 +676,11 @@ std::vector<ChangedChannel> FindChannelsChangedBySave(const CCmtd99File &file, c
     QString ignored;
     if (!resolveTarget(file, format, target, &ignored))
         return changed;
-    for (size_t i = 0; i < file.analogMaps.size(); ++i) {
-        const CChnMapAnalog &map = *file.analogMaps[i];
+    const int analogs = file.FileAnalogStoreCount();
+    for (int i = 0; i < analogs; ++i) {
+        const CChnMapAnalog &map = *file.analogMaps[size_t(i)];
         if (changedBySave(map, std::min(file.loadedPoints, map.sampleCount), target))
-            changed.push_back(ChangedChannel{static_cast<int>(i), file.Text(QByteArray(map.Name()))});
+            changed.push_back(ChangedChannel{i, file.Text(QByteArray(map.Name()))});
     }
     return changed;
 }

@@ -172,7 +172,9 @@ void CCmtd99File::writeInfFileDescription(CTextOutput &out) const
 
 void CCmtd99File::writeInfPublicChannels(CTextOutput &out)
 {
-    for (const auto &c : analogChannels) {
+    const int analogs = FileAnalogCount();
+    for (int i = 0; i < analogs; ++i) {
+        CmtdChn_Analog *c = analogChannels[size_t(i)].get();
         writeRatingsIntoRecord(*c);
         out.Printf("[Public Analog_Channel_#%d]\r\n", c->index);
         out.Printf("Channel_ID=%s\r\n", c->ch_id.constData());
@@ -190,7 +192,7 @@ void CCmtd99File::writeInfPublicChannels(CTextOutput &out)
         writeKeys(out, c->otherKeys);
         out.Printf("\r\n");
     }
-    if (!analogChannels.empty())
+    if (analogs > 0)
         out.Printf("\r\n");
     for (const auto &c : statusChannels) {
         out.Printf("[Public Status_Channel_#%d]\r\n", c->index);
@@ -207,7 +209,8 @@ void CCmtd99File::writeInfPublicChannels(CTextOutput &out)
 
 void CCmtd99File::writeInfAnalogParameters(CTextOutput &out)
 {
-    if (analogChannels.empty())
+    const int analogs = FileAnalogCount();
+    if (analogs < 1)
         return;
     const QByteArray degree = degreeSign(codecName);
     constexpr uint32_t ratingBits = CmtdChn_Analog::PrimaryRatingGiven | CmtdChn_Analog::PrimaryUnitGiven |
@@ -215,7 +218,8 @@ void CCmtd99File::writeInfAnalogParameters(CTextOutput &out)
     constexpr uint32_t ratioBits =
         CmtdChn_Analog::PrimaryGiven | CmtdChn_Analog::SecondaryGiven | CmtdChn_Analog::PsGiven;
     out.Printf("[TRWK Analog_Channels_Parameter]\r\n");
-    for (const auto &c : analogChannels) {
+    for (int i = 0; i < analogs; ++i) {
+        CmtdChn_Analog *c = analogChannels[size_t(i)].get();
         // Ratings the file never gave follow from the channel line: a voltage or current
         // transformer's ratio, anything else a plain slope of 1.
         const int16_t chnClass = analogClass(*c);

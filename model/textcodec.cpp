@@ -103,6 +103,14 @@ QString DecodeText(const QByteArray &bytes, const QByteArray &codec)
     return QString::fromUtf8(bytes);
 }
 
+QByteArray EncodeText(const QString &text, const QByteArray &codec)
+{
+    if (!codec.isEmpty() && codec != "UTF-8")
+        if (QTextCodec *textCodec = QTextCodec::codecForName(codec))
+            return textCodec->fromUnicode(text);
+    return text.toUtf8();
+}
+
 QList<QByteArray> OfferedTextCodecs()
 {
     return {"UTF-8",        "GB18030",      "Big5",         "Shift_JIS",  "EUC-KR",       "windows-1251",

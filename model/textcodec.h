@@ -15,6 +15,9 @@
 QByteArray DetectTextCodec(const QByteArray &sample, const QByteArray &preferred);
 // The bytes as text in the named codec; UTF-8 where the codec is unknown.
 QString DecodeText(const QByteArray &bytes, const QByteArray &codec);
+// The text as bytes in the named codec, to stand beside the recording's own names; UTF-8 where
+// the codec is unknown.
+QByteArray EncodeText(const QString &text, const QByteArray &codec);
 // The codecs offered to the engineer for a recording, the detected one among them.
 QList<QByteArray> OfferedTextCodecs();
 // The codec that the options file names, for every recording's detection.
