@@ -36,6 +36,7 @@ inline CChnMapAnalog &addMemoryChannel(CCmtd99File &file, const QByteArray &name
 {
     auto record = std::make_unique<CmtdChn_Analog>();
     record->Reset(int(file.analogChannels.size()) + 1);
+    file.firstFreeChannelIndex = int16_t(record->index + 1); // a channel of the file, not a derived one
     record->ch_id = name;
     record->uu = unit;
     if (phase) {

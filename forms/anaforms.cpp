@@ -1,7 +1,9 @@
 #include "anaforms.h"
 
 #include "anaformchngrpseq.h"
+#include "anaformchngrpstaevn.h"
 #include "anaformchngrpvec.h"
+#include "anaformcoordinatexy.h"
 #include "cmtdchildcontainer.h"
 
 namespace {
@@ -13,6 +15,10 @@ CAnaFormPanel *makeAnaForm(int number, CCmtdChildFrame *frame, CCmtdChildContain
         return new CAnaFormChnGrpVec(number, frame, page);
     case 8:
         return new CAnaFormChnGrpSeq(number, frame, page);
+    case 12:
+        return new CAnaFormChnGrpStaEvn(number, frame, page);
+    case 13:
+        return new CAnaFormCoordinateXY(number, frame, page);
     default:
         return nullptr;
     }

@@ -2,6 +2,7 @@
 
 #include <QFrame>
 
+class CChnMapBase;
 class CCmtdChildContainerAna;
 class CCmtdChildFrame;
 class QDockWidget;
@@ -25,6 +26,8 @@ public:
     virtual void refresh() = 0;
     // The form's dock, null before its first show.
     virtual QDockWidget *dockWidget() const = 0;
+    // A channel is leaving the recording: a form that works on it lets go of its object.
+    virtual void forgetChannel(const CChnMapBase *channel) = 0;
 };
 
 // Makes form `number` for a document frame, or null where no form of that number exists.

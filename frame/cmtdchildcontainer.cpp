@@ -64,6 +64,14 @@ CAnaFormPanel *CCmtdChildContainerAna::form(int number) const
     return number >= 0 && number < kFormCount ? m_forms[number] : nullptr;
 }
 
+void CCmtdChildContainerAna::forgetChannel(const CChnMapBase *channel)
+{
+    for (CAnaFormPanel *form : m_forms) {
+        if (form)
+            form->forgetChannel(channel);
+    }
+}
+
 void CCmtdChildContainerAna::refreshCurrentForm()
 {
     if (CAnaFormPanel *form = currentForm())

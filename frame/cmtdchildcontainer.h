@@ -48,6 +48,8 @@ public:
     void showForm(int number);
     CAnaFormPanel *currentForm() const;
     CAnaFormPanel *form(int number) const;
+    // Every form made so far lets go of a channel that leaves the recording.
+    void forgetChannel(const CChnMapBase *channel);
     int currentFormNumber() const { return m_nCurForm; }
     // Hides (or shows again) a floating form with the page, which would otherwise stay on the
     // screen as a window of its own.

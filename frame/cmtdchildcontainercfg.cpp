@@ -373,9 +373,11 @@ void CCmtdChildContainerCfg::fillRecording(const CCmtd99File &file)
         m_codec->addItem(QString::fromLatin1(codec));
     m_codec->setCurrentText(QString::fromLatin1(file.codecName));
     m_codec->blockSignals(false);
-    m_analog->setRowCount(static_cast<int>(file.analogChannels.size()));
-    int row = 0;
-    for (const auto &c : file.analogChannels) {
+    // The file's own channels: derived ones live only in the program.
+    const int analogs = file.FileAnalogCount();
+    m_analog->setRowCount(analogs);
+    for (int row = 0; row < analogs; ++row) {
+        const CmtdChn_Analog *c = file.analogChannels[size_t(row)].get();
         for (int column = 0; column < AnalogColumns; ++column) {
             ChannelField field;
             if (analogColumnField(column, &field))
@@ -387,10 +389,9 @@ void CCmtdChildContainerCfg::fillRecording(const CCmtd99File &file)
         setCell(m_analog, row, AnalogSkew, numberText(c->skew), true);
         setCell(m_analog, row, AnalogMin, numberText(c->min), true);
         setCell(m_analog, row, AnalogMax, numberText(c->max), true);
-        ++row;
     }
     m_status->setRowCount(static_cast<int>(file.statusChannels.size()));
-    row = 0;
+    int row = 0;
     for (const auto &c : file.statusChannels) {
         for (int column = 0; column < StatusColumns; ++column) {
             ChannelField field;

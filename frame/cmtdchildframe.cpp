@@ -90,6 +90,10 @@ CCmtdChildFrame::CCmtdChildFrame(QWidget *parent) : CMdiChildFrame(parent), m_th
         m_nameView->update();
         m_anaContainer->refreshCurrentForm();
     });
+    connect(m_nameView, &CCmtdViewAnaName::virtualChannelRequested, this,
+            &CCmtdChildFrame::deriveVirtualChannel);
+    connect(m_nameView, &CCmtdViewAnaName::virtualChannelDeleteRequested, this,
+            &CCmtdChildFrame::deleteVirtualChannel);
     // The form on show follows T1, after the name column has taken the values at the cursors.
     connect(m_waveView, &CCmtdViewAnaWave::cursorsChanged, m_anaContainer,
             &CCmtdChildContainerAna::refreshCurrentForm);
@@ -274,6 +278,9 @@ void CCmtdChildFrame::progressEvent(const CCmtdEventProgress &event)
         break;
     case 10:
         m_progressBar->setValue(event.b);
+        // A virtual channel fills under its source while the job runs.
+        if (!loading)
+            m_waveView->update();
         // The report comes before sample b is read: the samples before it are in the stores,
         // and the waves may show them.
         if (loading) {
@@ -322,7 +329,15 @@ void CCmtdChildFrame::finishJob()
                 m_document.displayFlags.setFlag(CCmtdDocument::ShowT0cCursor);
             if (globalOptions.stateMask & CGlobalOptions::AutoSaveWaveViewStatus)
                 m_waveView->loadStatus(lastStatusPath().constData());
+            // The sequence of events is what many engineers read first.
+            if ((globalOptions.stateMask & CGlobalOptions::AutoStatusEvent) && !m_file.statusMaps.empty())
+                QMetaObject::invokeMethod(
+                    this, [this] { showAnaForm(12); }, Qt::QueuedConnection);
         }
+    } else {
+        // A derived channel has its extent and the recording its scale groups anew.
+        m_nameView->rebuildValues();
+        Q_EMIT m_document.displayChanged();
     }
     m_document.setBackgroundBit(StateBusy, false);
     m_progressBar->reset();

@@ -118,6 +118,11 @@ public:
     // row back as it was.
     void hideUnrelated(const std::vector<CChnMapBase *> &related);
     void showHidden();
+    // A virtual channel of job `kind` (3 to 9) from `source`: the dialog, the new channel
+    // under row `row`, and the job that fills it when the worker is free.
+    void deriveVirtualChannel(int kind, CChnMapAnalog *source, int row);
+    // Asks, then takes a virtual channel out of the view, the forms and the recording.
+    bool deleteVirtualChannel(CChnMapAnalog *channel);
     // Switches to the wave page and shows analysis form `number`.
     void showAnaForm(int number);
     // Enters or leaves a zoom mode of the mouse (0, 4096 free horizontal, 8192 vertical).
@@ -202,8 +207,11 @@ private:
     void slot_BtnZoomHorzReset();
     void slot_BtnZoomVertReset();
     void slot_WaveShowEnvelope();
+    void slot_UntAnaLineDouble();
     void slot_WaveShowAnaVec();
     void slot_WaveShowAnaSeq();
+    void slot_WaveShowAnaStaEvn();
+    void slot_CoordinateXY();
 
     QAction *m_actions[ActionCount] = {};
     QComboBox *unitSelector = nullptr;

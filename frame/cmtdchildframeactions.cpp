@@ -7,6 +7,7 @@
 #include "cmtdtext.h"
 #include "cmtdviewananame.h"
 #include "cmtdviewanawave.h"
+#include "faultfindwizard.h"
 #include "globaloptions.h"
 #include "globalsettings.h"
 #include "menutext.h"
@@ -167,7 +168,10 @@ void CCmtdChildFrame::createActions()
         {ActZoomVertReset, &CCmtdChildFrame::slot_BtnZoomVertReset},
         {ActEnvelope, &CCmtdChildFrame::slot_WaveShowEnvelope},
         {ActAnaVec, &CCmtdChildFrame::slot_WaveShowAnaVec},
+        {ActLineDouble, &CCmtdChildFrame::slot_UntAnaLineDouble},
         {ActAnaSeq, &CCmtdChildFrame::slot_WaveShowAnaSeq},
+        {ActAnaStaEvn, &CCmtdChildFrame::slot_WaveShowAnaStaEvn},
+        {ActCoordinateXY, &CCmtdChildFrame::slot_CoordinateXY},
     };
     for (const auto &w : working) {
         m_actions[w.id]->setProperty("works", true);
@@ -590,6 +594,16 @@ void CCmtdChildFrame::slot_WaveShowAnaSeq()
     showAnaForm(8);
 }
 
+void CCmtdChildFrame::slot_WaveShowAnaStaEvn()
+{
+    showAnaForm(12);
+}
+
+void CCmtdChildFrame::slot_CoordinateXY()
+{
+    showAnaForm(13);
+}
+
 void CCmtdChildFrame::hideUnrelated(const std::vector<CChnMapBase *> &related)
 {
     auto store = [this](const auto &maps) {
@@ -617,4 +631,18 @@ void CCmtdChildFrame::showHidden()
     m_hiddenBefore.clear();
     m_waveView->layoutRows(true);
     m_nameView->update();
+}
+
+void CCmtdChildFrame::slot_UntAnaLineDouble()
+{
+    // Any two open recordings with samples may be the ends; this one is End M.
+    QList<CCmtdChildFrame *> recordings;
+    for (CCmtdChildFrame *frame : window()->findChildren<CCmtdChildFrame *>()) {
+        if (frame->recording().loadedPoints >= 5 && !(frame->backgroundState() & StateLoading))
+            recordings << frame;
+    }
+    if (!recordings.contains(this))
+        return;
+    CFaultFind2Wizard wizard(recordings, this, this);
+    wizard.exec();
 }

@@ -1,6 +1,7 @@
 #include "cmtdthread.h"
 
 #include "cmtdchildframe.h"
+#include "virtualchannel.h"
 
 #include <QCoreApplication>
 
@@ -88,8 +89,16 @@ void CCmtdThread::run()
     }
 }
 
-void CCmtdThread::runJob(int job, void *)
+void CCmtdThread::runJob(int job, void *argument)
 {
+    if (job >= SeriesJobDelta && job <= SeriesJobFreqDft) {
+        auto *work = static_cast<VirtualChannelJob *>(argument);
+        if (work && work->target && work->source)
+            RunVirtualChannelJob(owner->recordingForJob(), *work->target, *work->source, work->params, report,
+                                 owner);
+        delete work;
+        return;
+    }
     if (job == KindLoad) {
         const QByteArray path = owner->fileName().toLocal8Bit();
         CCmtd99File &file = owner->recordingForJob();

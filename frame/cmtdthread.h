@@ -7,7 +7,18 @@
 #include <atomic>
 #include <cstdint>
 
+#include "seriesjob.h"
+
+class CChnMapAnalog;
 class CCmtdChildFrame;
+
+// The argument of jobs 3 to 9: a virtual channel to fill from its source. The worker frees it.
+struct VirtualChannelJob
+{
+    SeriesJobParams params;
+    CChnMapAnalog *target = nullptr;
+    const CChnMapAnalog *source = nullptr;
+};
 
 // Progress of a job, posted from the worker to its frame. Event type 1000; `code` is the
 // report code (1 started, 2 ended, 3 repaint, 9 range, 10 progress, 11 increment).

@@ -17,6 +17,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 namespace {
 
@@ -103,6 +104,23 @@ CCmtdViewAnaName::CCmtdViewAnaName(CCmtdDocument *document, CCmtdViewAnaWave *wa
         m_actions[w.entry]->setEnabled(true);
         connect(m_actions[w.entry], &QAction::triggered, this, w.slot);
     }
+    // The virtual-channel entries, in the order of their jobs.
+    const MenuEntry derived[] = {MenuDelta,   MenuAvg,    MenuHm,     MenuFltHamm,
+                                 MenuFltDiff, MenuFreqX0, MenuFreqDft};
+    for (int i = 0; i < int(std::size(derived)); ++i) {
+        m_actions[derived[i]]->setEnabled(true);
+        connect(m_actions[derived[i]], &QAction::triggered, this, [this, kind = 3 + i] {
+            if (m_hit.channel && m_hit.channel->chnType == CChnMapBase::TypeAnalog)
+                Q_EMIT virtualChannelRequested(kind, static_cast<CChnMapAnalog *>(m_hit.channel),
+                                               m_hit.rowIndex);
+        });
+    }
+    m_actions[MenuVirDelete]->setEnabled(true);
+    connect(m_actions[MenuVirDelete], &QAction::triggered, this, [this] {
+        auto *channel = static_cast<CChnMapAnalog *>(m_hit.channel);
+        if (channel && channel->chnType == CChnMapBase::TypeAnalog && channel->isVirtual)
+            Q_EMIT virtualChannelDeleteRequested(channel);
+    });
     retranslateTexts();
     connect(wave, &CCmtdViewAnaWave::cursorsChanged, this, [this] {
         rebuildValues();
@@ -376,12 +394,13 @@ void CCmtdViewAnaName::slot_ChnPick()
     update();
 }
 
-void CCmtdViewAnaName::takeOut(CChnMapBase *channel)
+void CCmtdViewAnaName::forgetChannel(const CChnMapBase *channel)
 {
-    for (CWaveRow &row : m_wave->rows) {
-        if (row.channels.removeOne(channel) && row.channels.isEmpty())
-            row.key = -1; // an emptied row goes at the next layout
-    }
+    m_values.remove(channel);
+    if (m_hit.channel == channel)
+        m_hit = RowHit();
+    if (m_picked.channel == channel)
+        m_picked = RowHit();
 }
 
 void CCmtdViewAnaName::slot_ChnOver()
@@ -390,7 +409,7 @@ void CCmtdViewAnaName::slot_ChnOver()
         return;
     CChnMapBase *channel = m_picked.channel;
     CWaveRow &target = m_wave->rows[size_t(m_hit.rowIndex)];
-    takeOut(channel);
+    m_wave->takeOutChannel(channel);
     target.channels.append(channel);
     m_picked = RowHit();
     m_wave->layoutRows(true);
@@ -401,7 +420,7 @@ void CCmtdViewAnaName::slot_ChnInsert()
     if (!m_picked.channel || m_insertAt < 0)
         return;
     CChnMapBase *channel = m_picked.channel;
-    takeOut(channel);
+    m_wave->takeOutChannel(channel);
     CWaveRow row;
     row.key = channelKey(channel);
     row.channels.append(channel);
@@ -416,7 +435,7 @@ void CCmtdViewAnaName::slot_ChnComeback()
     CChnMapBase *channel = m_hit.channel;
     if (!channel)
         return;
-    takeOut(channel);
+    m_wave->takeOutChannel(channel);
     // Back among the rows in the order of the keys, where it stood after the load.
     const int key = channelKey(channel);
     size_t at = 0;

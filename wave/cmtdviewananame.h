@@ -8,6 +8,7 @@
 
 class CCmtdDocument;
 class CCmtdViewAnaWave;
+class CChnMapAnalog;
 class CChnMapBase;
 struct CWaveRow;
 class QAction;
@@ -65,6 +66,8 @@ public:
     QPair<ChnCursorValue, ChnCursorValue> channelValueAtCursor(CChnMapBase *channel);
     void rebuildValues();
     bool hitTest(int y, RowHit &hit) const;
+    // A channel is leaving the recording: its cached values and selection go.
+    void forgetChannel(const CChnMapBase *channel);
     // Scrolls the rows to `channel` and selects it (a double click in a form's channel list).
     void showChannel(CChnMapBase *channel);
     void retranslateTexts() override;
@@ -80,6 +83,12 @@ public:
     void drawContents(QPainter &painter, const QRect &rect) override;
     void onRightPress(QMouseEvent *event) override;
 
+Q_SIGNALS:
+    // The engineer asked for a virtual channel of job `kind` (3 to 9) derived from `source`,
+    // to stand after row `row`; the frame runs the dialog and the job.
+    void virtualChannelRequested(int kind, CChnMapAnalog *source, int row);
+    void virtualChannelDeleteRequested(CChnMapAnalog *channel);
+
 private:
     void slot_ChnPick();
     void slot_ChnOver();
@@ -90,7 +99,6 @@ private:
     void slot_ChnShowDot();
     void slot_ChnShowVertExt();
     void slot_ChnShowInvert();
-    void takeOut(CChnMapBase *channel);
     QString readout(const char *label, int cursor, int other, bool first) const;
 
     CCmtdDocument *m_doc;

@@ -183,6 +183,30 @@ void CCmtdViewAnaWave::buildRows(bool repaint)
     layoutRows(repaint);
 }
 
+void CCmtdViewAnaWave::addChannelToView(CChnMapBase *channel, int after, bool show)
+{
+    for (const CWaveRow &row : rows) {
+        if (row.channels.contains(channel))
+            return;
+    }
+    channel->flags =
+        show ? (channel->flags & ~CChnMapBase::FlagHidden) : (channel->flags | CChnMapBase::FlagHidden);
+    CWaveRow row;
+    row.key = channel->Index() + 10 * channel->chnType;
+    row.channels.append(channel);
+    const size_t at = after >= 0 && size_t(after) < rows.size() ? size_t(after) + 1 : rows.size();
+    rows.insert(rows.begin() + static_cast<std::ptrdiff_t>(at), row);
+    layoutRows(true);
+}
+
+void CCmtdViewAnaWave::takeOutChannel(CChnMapBase *channel)
+{
+    for (CWaveRow &row : rows) {
+        if (row.channels.removeOne(channel) && row.channels.isEmpty())
+            row.key = -1; // an emptied row goes at the next layout
+    }
+}
+
 void CCmtdViewAnaWave::layoutRows(bool repaint)
 {
     int y = 0;

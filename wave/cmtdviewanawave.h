@@ -40,6 +40,11 @@ public:
     void buildRows(bool repaint);
     void layoutRows(bool repaint);
     void groupOverlap();
+    // Shows a channel in a row of its own after row `after` (at the end when out of range);
+    // nothing when it has a row already. Hidden at first when `show` is false.
+    void addChannelToView(CChnMapBase *channel, int after, bool show);
+    // Takes a channel out of its row; a row left empty goes at the next layout.
+    void takeOutChannel(CChnMapBase *channel);
     void setZoomFactor(float factor);
     void setHorzScale(float scale);
     void zoomRange(int from, int to);

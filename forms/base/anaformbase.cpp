@@ -18,6 +18,8 @@
 #include <QToolButton>
 #include <QTreeWidget>
 
+#include <algorithm>
+
 namespace {
 
 const char *classIcon(int chnClass)
@@ -100,6 +102,17 @@ void CAnaFormBase::hideDock()
 QDockWidget *CAnaFormBase::dockWidget() const
 {
     return m_pDock;
+}
+
+void CAnaFormBase::forgetChannel(const CChnMapBase *channel)
+{
+    if (std::find(m_chns.begin(), m_chns.end(), channel) == m_chns.end())
+        return;
+    m_timerPlay.stop();
+    stopPlayButtons();
+    markRelated(false);
+    resetObject();
+    refresh();
 }
 
 void CAnaFormBase::markRelated(bool on)

@@ -55,6 +55,7 @@ public:
     // Enables the action button and checks the mouse-mode buttons as the first view stands.
     virtual void syncButtons();
     QDockWidget *dockWidget() const override;
+    void forgetChannel(const CChnMapBase *channel) override;
 
     // A channel's name as the forms list it: number and name, without the name column's padding.
     static QString channelName(const CChnMapBase &chn, uint32_t displayFlags);
@@ -93,6 +94,8 @@ protected:
     void addObjectButtons(QBoxLayout *row);
     // Runs the form's choice of its object (a dialog); empty in the base.
     virtual bool chooseObject() { return false; }
+    // Drops the object (its channels are gone): the form waits for a new choice.
+    virtual void resetObject() { m_chns.clear(); }
     int cursorT1() const;
     int cursorT2() const;
     void setCursorT1(int sample);

@@ -78,6 +78,7 @@ void CAnaFormChnGrpVec::setChannels(const std::vector<CChnMapAnalog *> &channels
         const QString name = CAnaFormBase::channelName(*chn, flags);
         item.strLegend = item.strName + QLatin1Char(' ') + QString::fromLocal8Bit(chn->Name());
         m_view->items.push_back(item);
+        m_table->setRowHidden(int(i), false);
         setEnableCell(int(i), int(i));
         auto *cell =
             new QTableWidgetItem(QIcon(chn->Class() == ClassACV ? QStringLiteral(":/images/ChnClassACV.png")

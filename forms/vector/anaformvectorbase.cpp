@@ -103,6 +103,14 @@ void CAnaFormVectorBase::retranslateVectorTexts(const QStringList &headers)
         m_zoomButtons[i]->setToolTip(tr(tips[i]));
 }
 
+void CAnaFormVectorBase::resetObject()
+{
+    CAnaFormBase::resetObject();
+    m_view->items.clear();
+    for (int row = 0; row < m_table->rowCount(); ++row)
+        m_table->setRowHidden(row, true);
+}
+
 bool CAnaFormVectorBase::activate()
 {
     // A form shown for the first time asks for its channels; afterwards it shows them as left.

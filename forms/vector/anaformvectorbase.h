@@ -44,6 +44,7 @@ public:
 protected:
     // Lays out the buttons, the table with `headers` and the view; `extra` stands after the
     // object buttons (the vector form's mode).
+    void resetObject() override;
     void buildLayout(CAnaFormChnGrpVecView *view, const QStringList &headers, QWidget *extra = nullptr);
     void retranslateVectorTexts(const QStringList &headers);
     // The phasor of a channel at T1 as the name column holds it; false where there is none.

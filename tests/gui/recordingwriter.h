@@ -205,6 +205,7 @@ inline CCmtdChildFrame *openInMemory(CMainFrame *main, int points, float rate,
     file.segments.push_back(segment);
     file.pointCount = file.loadedPoints = points;
     file.triggerIndex = 0;
+    file.firstFreeChannelIndex = 2; // channel 1 is the file's own
     file.sampleTimes = static_cast<int64_t *>(AllocateSamples(size_t(points), sizeof(int64_t)));
     const double period = 1e6 / double(rate);
     for (int n = 0; n < points; ++n)

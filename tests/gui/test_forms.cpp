@@ -3,13 +3,17 @@
 
 #include "anaformchngrpseq.h"
 #include "anaformchngrpseqdlgreset.h"
+#include "anaformchngrpstaevn.h"
 #include "anaformchngrpvec.h"
 #include "anaformchngrpvecdlgreset.h"
+#include "anaformcoordinatexy.h"
+#include "anaformcoordinatexydlg.h"
 #include "cmtdchildcontainer.h"
 #include "frametestcase.h"
 #include "vectorview.h"
 
 #include <QComboBox>
+#include <QLineEdit>
 #include <QListWidget>
 #include <QSpinBox>
 #include <QTableWidget>
@@ -366,6 +370,139 @@ private Q_SLOTS:
         frame->action(CCmtdChildFrame::ActAnaSeq)->trigger();
         QTest::qWait(300);
         QVERIFY(m_main->grab().save(folder + QStringLiteral("/sequence-form.png")));
+        frame->action(CCmtdChildFrame::ActAnaStaEvn)->trigger();
+        QTest::qWait(300);
+        QVERIFY(m_main->grab().save(folder + QStringLiteral("/event-list.png")));
+        // Phase-A voltage against current over the fault, with a circle and a line boundary.
+        whenDialogUp<CAnaFormCoordinateXYDlgReset>([](CAnaFormCoordinateXYDlgReset *dialog) {
+            dialog->comboX()->setCurrentIndex(5); // Ia
+            dialog->comboY()->setCurrentIndex(1); // Ua
+            dialog->accept();
+        });
+        frame->action(CCmtdChildFrame::ActCoordinateXY)->trigger();
+        auto *xy = qobject_cast<CAnaFormCoordinateXY *>(frame->anaContainer()->form(13));
+        QVERIFY(xy);
+        XYBound circle;
+        circle.kind = XYBound::KindCircle;
+        circle.colour = 0xFFC00000u;
+        circle.r = 40.0;
+        XYBound line;
+        line.a = 2.0;
+        line.b = 10.0;
+        line.colour = 0xFF2E6FD8u;
+        xy->bounds = {circle, line};
+        frame->waveView()->setCursorT2(480);
+        xy->findChild<QToolButton *>(QStringLiteral("btnTrace"))->click();
+        QTest::qWait(300);
+        QVERIFY(m_main->grab().save(folder + QStringLiteral("/xy-plane.png")));
+    }
+
+    void eventListTimesAgainstItsBasePoints()
+    {
+        // 1 kHz, the trigger at 100 ms (sample 100); the status channel rises at sample 150.
+        CCmtdChildFrame *frame = open(writeSineRecording(m_dir, "events", 400));
+        QVERIFY(frame);
+        frame->action(CCmtdChildFrame::ActAnaStaEvn)->trigger();
+        auto *form = qobject_cast<CAnaFormChnGrpStaEvn *>(frame->anaContainer()->form(12));
+        QVERIFY(form);
+        QCOMPARE(frame->anaContainer()->currentFormNumber(), 12);
+        QCOMPARE(form->table()->rowCount(), 1);
+        QCOMPARE(form->table()->item(0, CAnaFormChnGrpStaEvn::ColChannel)->text(), QStringLiteral("1:Trip"));
+        QCOMPARE(form->table()->item(0, CAnaFormChnGrpStaEvn::ColSample)->text(), QStringLiteral("150"));
+        auto delta = [form] { return form->table()->item(0, CAnaFormChnGrpStaEvn::ColDelta)->text(); };
+        form->formatCombo()->setCurrentIndex(0); // mm:ss.us
+        form->baseCombo()->setCurrentIndex(0);   // T0
+        QCOMPARE(delta(), QStringLiteral("0:00.05"));
+        form->formatCombo()->setCurrentIndex(1);
+        QCOMPARE(delta(), QStringLiteral("50.000ms"));
+        // T1 followed as it moves, or fixed where it stood when chosen.
+        frame->waveView()->setCursorT1(200);
+        form->baseCombo()->setCurrentIndex(2);
+        QCOMPARE(delta(), QStringLiteral("-50.000ms"));
+        form->baseCombo()->setCurrentIndex(3);
+        frame->waveView()->setCursorT1(140);
+        QCOMPARE(delta(), QStringLiteral("-50.000ms"));
+        form->baseCombo()->setCurrentIndex(2);
+        QCOMPARE(delta(), QStringLiteral("10.000ms"));
+        // Without T0' the times stay blank.
+        form->baseCombo()->setCurrentIndex(1);
+        QVERIFY(delta().isEmpty());
+        // A double click moves T1 to the event.
+        form->slot_tblDoubleClicked(0, CAnaFormChnGrpStaEvn::ColChannel);
+        QCOMPARE(frame->waveView()->cursorT1, 150);
+        // Find and the CSV with the full times.
+        QCOMPARE(form->findNext(QStringLiteral("trI")), 0);
+        QCOMPARE(form->findNext(QStringLiteral("Breaker")), -1);
+        form->baseCombo()->setCurrentIndex(0);
+        QString message;
+        const QString csv = m_dir.filePath(QStringLiteral("events.csv"));
+        QVERIFY(form->saveCsv(csv, message));
+        QCOMPARE(fileBytes(csv).split('\n').value(1).trimmed(),
+                 QByteArray("0:00.050000,0:00.150000,D1,\"Trip\",1,150"));
+    }
+
+    void xyPlaneOfTwoChannels()
+    {
+        CCmtdChildFrame *frame = open(writePhasorRecording(m_dir, "xy", kUnbalanced));
+        QVERIFY(frame);
+        frame->waveView()->setCursorT1(205);
+        QString said;
+        {
+            // Both axes need a channel; a boundary's numbers must parse.
+            CAnaFormCoordinateXYDlgReset dialog(frame->recording(), 0, nullptr, nullptr);
+            pressWhenUp(&said, QStringLiteral("OK"));
+            dialog.accept();
+            QCOMPARE(said, QStringLiteral("Please Choose X Axis Channels!"));
+            dialog.comboX()->setCurrentIndex(1);
+            pressWhenUp(&said, QStringLiteral("OK"));
+            dialog.accept();
+            QCOMPARE(said, QStringLiteral("Please Choose Y Axis Channels!"));
+            XYBound circle;
+            circle.kind = XYBound::KindCircle;
+            CAnaFormCoordinateXYBoundDlgCircle entry(circle);
+            entry.edit(2)->setText(QStringLiteral("1,5"));
+            pressWhenUp(&said, QStringLiteral("OK"));
+            entry.accept();
+            QCOMPARE(said, QStringLiteral("[Radius of the Circle] Error!"));
+        }
+        whenDialogUp<CAnaFormCoordinateXYDlgReset>([](CAnaFormCoordinateXYDlgReset *dialog) {
+            dialog->comboX()->setCurrentIndex(1); // Ua
+            dialog->comboY()->setCurrentIndex(4); // Ia
+            dialog->accept();
+        });
+        frame->action(CCmtdChildFrame::ActCoordinateXY)->trigger();
+        auto *form = qobject_cast<CAnaFormCoordinateXY *>(frame->anaContainer()->form(13));
+        QVERIFY(form);
+        QCOMPARE(frame->anaContainer()->currentFormNumber(), 13);
+        const CChnMapAnalog *ua = frame->recording().analogMaps[0].get();
+        const CChnMapAnalog *ia = frame->recording().analogMaps[3].get();
+        QCOMPARE(form->table()->item(0, 1)->text(), QString::asprintf("%.6f", double(ua->Value(205))));
+        QCOMPARE(form->table()->item(1, 1)->text(), QString::asprintf("%.6f", double(ia->Value(205))));
+        // The point at T1 stands where the origin and the scales put it.
+        CAnaFormCoordinateXYView *view = form->view();
+        view->resize(600, 400);
+        view->resetRange();
+        QImage image(view->size(), QImage::Format_ARGB32);
+        QPainter painter(&image);
+        view->drawContents(painter, view->rect());
+        painter.end();
+        const QPoint origin = view->diagramOrigin(view->size());
+        const QPoint at =
+            origin + QPoint(CAnaViewBase::roundPixel(ua->Value(205) * double(view->m_fScaleX)),
+                            -CAnaViewBase::roundPixel(ia->Value(205) * double(view->m_fScaleY)));
+        QCOMPARE(image.pixel(at), view->colour(6));
+        // "Plot Curve" needs two samples between the cursors.
+        auto *trace = form->findChild<QToolButton *>(QStringLiteral("btnTrace"));
+        frame->waveView()->setCursorT2(206);
+        pressWhenUp(&said, QStringLiteral("OK"));
+        trace->click();
+        QCOMPARE(said, QStringLiteral("The Points Selected to Plot Curve is Too Few!"));
+        QVERIFY(!trace->isChecked());
+        frame->waveView()->setCursorT2(100);
+        trace->click();
+        QVERIFY(form->tracing());
+        QCOMPARE(form->plotFrom(), 100);
+        QCOMPARE(form->plotTo(), 205);
     }
 
     void hideUnrelatedKeepsOnlyTheFormsChannels()
