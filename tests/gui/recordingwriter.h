@@ -140,6 +140,15 @@ inline void pressWhenUp(QString *said, const QString &button, int delay = 0)
     });
 }
 
+// Runs `answer` on the modal dialog of type `Dialog` that the next step opens.
+template <typename Dialog> void whenDialogUp(const std::function<void(Dialog *)> &answer)
+{
+    QTimer::singleShot(0, qApp, [answer] {
+        if (auto *dialog = qobject_cast<Dialog *>(QApplication::activeModalWidget()))
+            answer(dialog);
+    });
+}
+
 // The bytes of a file, empty when it cannot be read.
 inline QByteArray fileBytes(const QString &path)
 {

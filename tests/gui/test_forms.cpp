@@ -59,15 +59,6 @@ QString writePhasorRecording(const QTemporaryDir &dir, const char *name, const P
     return base + QStringLiteral(".cfg");
 }
 
-// Runs `answer` on the modal dialog that the next step opens.
-template <typename Dialog> void whenDialogUp(const std::function<void(Dialog *)> &answer)
-{
-    QTimer::singleShot(0, qApp, [answer] {
-        if (auto *dialog = qobject_cast<Dialog *>(QApplication::activeModalWidget()))
-            answer(dialog);
-    });
-}
-
 double degreesOf(const VectorItem &item)
 {
     return std::atan2(double(item.fIm), double(item.fRe)) * 180.0 / std::numbers::pi;

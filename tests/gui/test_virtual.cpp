@@ -15,14 +15,6 @@
 
 namespace {
 
-template <typename Dialog> void whenDialogUp(const std::function<void(Dialog *)> &answer)
-{
-    QTimer::singleShot(0, qApp, [answer] {
-        if (auto *dialog = qobject_cast<Dialog *>(QApplication::activeModalWidget()))
-            answer(dialog);
-    });
-}
-
 // The row of the wave view that holds `channel`, or -1.
 int rowOf(CCmtdChildFrame *frame, const CChnMapBase *channel)
 {
