@@ -4,6 +4,7 @@
 #include "convertverb.h"
 #include "deriveverb.h"
 #include "eventsverb.h"
+#include "harmonicsverb.h"
 #include "infoverb.h"
 #include "locateverb.h"
 #include "phasorsverb.h"
@@ -34,6 +35,8 @@ void printUsage(FILE *out)
              "      fundamental phasor, effective values and read-out of every analog channel\n"
              "  sequences --json PATH --channels A<n>,A<n>,A<n> --at SAMPLE\n"
              "      positive, negative and zero sequence of three phases at a sample\n"
+             "  harmonics --json PATH --channel A<n> --at SAMPLE [--max-order K]\n"
+             "      harmonic content of a channel at a sample, with THD and DC share\n"
              "  convert PATH OUT [--ascii|--binary|--binary32|--float32] [--revision 1991|1999|2013]\n"
              "          [--progress]\n"
              "      write an exact copy of the recording under a new name ending in .cfg or .cff\n"
@@ -73,6 +76,8 @@ int main(int argc, char **argv)
         return RunSamples(argc - 2, argv + 2);
     if (std::strcmp(verb, "phasors") == 0)
         return RunPhasors(argc - 2, argv + 2);
+    if (std::strcmp(verb, "harmonics") == 0)
+        return RunHarmonics(argc - 2, argv + 2);
     if (std::strcmp(verb, "sequences") == 0)
         return RunSequences(argc - 2, argv + 2);
     if (std::strcmp(verb, "convert") == 0)

@@ -90,3 +90,23 @@ TEST(CliSequences, PartsOfAnUnbalancedSetFromTheShownPhasors)
         EXPECT_FALSE(refused.err.isEmpty());
     }
 }
+
+TEST(CliHarmonics, OrdersOfAChannelAndRefusals)
+{
+    QTemporaryDir dir;
+    const double peak[3] = {100.0, 80.0, 120.0};
+    const double degrees[3] = {0.0, -120.0, 120.0};
+    const QString path = writeThreePhases(dir.path(), peak, degrees);
+    const CliRun run =
+        cli({"harmonics", "--json", path, "--channel", "A1", "--at", "200", "--max-order", "7"});
+    ASSERT_EQ(run.code, 0) << run.err.constData();
+    const QJsonObject json = run.json();
+    const QJsonArray orders = json.value("orders").toArray();
+    ASSERT_EQ(orders.size(), 8); // 0 to 7; 1 kHz would allow up to the 9th
+    EXPECT_NEAR(orders[1].toObject().value("effective").toDouble(), 100.0 / std::sqrt(2.0), 1e-3);
+    EXPECT_NEAR(orders[1].toObject().value("percent").toDouble(), 100.0, 1e-9);
+    EXPECT_LT(json.value("thdPercent").toDouble(), 0.01);
+    EXPECT_EQ(cli({"harmonics", "--json", path, "--channel", "B1", "--at", "200"}).code, 2);
+    EXPECT_EQ(cli({"harmonics", "--json", path, "--channel", "A1", "--at", "200", "--max-order", "60"}).code,
+              2);
+}
