@@ -46,9 +46,9 @@ TEST(CliImpedance, RowsAtASampleAndTraces)
     ASSERT_EQ(rows.size(), 3);
     EXPECT_EQ(rows[1].toObject()["name"].toString(), "Zb");
     for (const auto &row : rows) {
-        EXPECT_NEAR(row.toObject()["z"].toDouble(), 12.0, 0.01);
+        EXPECT_NEAR(row.toObject()["z"].toDouble(), 12.0, 0.03); // currents of 500 steps
         EXPECT_NEAR(row.toObject()["angleDeg"].toDouble(), 60.0, 0.05);
-        EXPECT_NEAR(row.toObject()["r"].toDouble(), 6.0, 0.01);
+        EXPECT_NEAR(row.toObject()["r"].toDouble(), 6.0, 0.03);
     }
 
     // No current in phase A: its loop has no finite impedance.
@@ -64,7 +64,7 @@ TEST(CliImpedance, RowsAtASampleAndTraces)
     ASSERT_EQ(loops.size(), 3);
     EXPECT_EQ(loops[2].toObject()["name"].toString(), "Zca");
     ASSERT_EQ(loops[2].toObject()["x"].toArray().size(), 10);
-    EXPECT_NEAR(loops[2].toObject()["x"].toArray()[3].toDouble(), 12.0 * std::sin(M_PI / 3), 0.02);
+    EXPECT_NEAR(loops[2].toObject()["x"].toArray()[3].toDouble(), 12.0 * std::sin(M_PI / 3), 0.05);
 
     const CliRun refused = cli(
         {"impedance", "--json", path, "--kind", "0", "--u", "A1,A2,A3", "--i", "A4,A5,A6", "--at", "100"});

@@ -91,7 +91,8 @@ TEST(RxBoundGeometry, CircleAndRange)
     RxComputeRange(s, l, b, r, t);
     EXPECT_EQ(l, float(s.poly.fLeft * 1.1));
     EXPECT_EQ(r, float(30 * 1.1));
-    EXPECT_EQ(t, float(s.poly.fTop * 1.1));
+    EXPECT_EQ(t, float(30 * 1.1));
+    EXPECT_EQ(b, float(s.poly.fBottom * 1.1));
 }
 
 TEST(RxBoundSetup, ChecksAndNumbers)
