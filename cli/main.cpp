@@ -5,6 +5,7 @@
 #include "deriveverb.h"
 #include "eventsverb.h"
 #include "harmonicsverb.h"
+#include "impedanceverb.h"
 #include "infoverb.h"
 #include "locateverb.h"
 #include "phasorsverb.h"
@@ -12,6 +13,7 @@
 #include "saveinfverb.h"
 #include "sequencesverb.h"
 #include "unitsverb.h"
+#include "zonesverb.h"
 
 #include <QCoreApplication>
 
@@ -23,41 +25,47 @@ namespace {
 void printUsage(FILE *out)
 {
     std::fprintf(
-        out, "usage: veldrix-cli <verb> [options]\n"
-             "verbs:\n"
-             "  info [--json] [--progress] [--encoding NAME] PATH\n"
-             "      describe a recording (PATH may carry any extension) and load its samples\n"
-             "  samples --json PATH [--from N] [--to M] [--channel A<n>|D<n>]... [--progress]\n"
-             "      the samples as stored: times in microseconds from the trigger, analog values\n"
-             "      scaled to secondary quantities without unit prefix, status bits\n"
-             "  phasors --json PATH --at SAMPLE [--dft-method rectSin|rectCos|trapSin|trapCos]\n"
-             "          [--dft-win prev|cent|next] [--phcomp] [--primary]\n"
-             "      fundamental phasor, effective values and read-out of every analog channel\n"
-             "  sequences --json PATH --channels A<n>,A<n>,A<n> --at SAMPLE\n"
-             "      positive, negative and zero sequence of three phases at a sample\n"
-             "  harmonics --json PATH --channel A<n> --at SAMPLE [--max-order K]\n"
-             "      harmonic content of a channel at a sample, with THD and DC share\n"
-             "  convert PATH OUT [--ascii|--binary|--binary32|--float32] [--revision 1991|1999|2013]\n"
-             "          [--progress]\n"
-             "      write an exact copy of the recording under a new name ending in .cfg or .cff\n"
-             "  save-inf PATH OUT.inf\n"
-             "      write the recording's extension file alone\n"
-             "  units --json PATH [--suggest]\n"
-             "      the primary device units as stored; with --suggest also those proposed from the\n"
-             "      channel names and monitored components, with the reason for each\n"
-             "  derive --json PATH --channel A<n> --job delta --mode 0|1|2 | --job avg\n"
-             "          | --job harm --order K --part 0|1|2 | --job hamming --end-freq F --length L\n"
-             "          | --job diff | --job freq-x0 | --job freq-dft\n"
-             "      the curve of a virtual channel derived from one channel: name, unit, rated\n"
-             "      frequency and one value per sample\n"
-             "  locate --json --line LENGTH,R1,X1,C1[,R0,X0] --m PATH --m-channels UA,UB,UC,IA,IB,IC\n"
-             "         [--m-channels2 IA2,IB2,IC2] [--m-weights W1,W2] --m-tv PRIMARY_KV,SECONDARY_V\n"
-             "         --m-ta PRIMARY_A,SECONDARY_A [--m-kf KF] [--m-start SAMPLE] --n PATH ... (the same\n"
-             "         with --n-)\n"
-             "      distance to a short circuit from the recordings of both line ends; exit 1 when the\n"
-             "      location fails (its code and report are printed)\n"
-             "  events --json PATH [--base t0|t0c|SAMPLE] [--format mmssus|msus]\n"
-             "      every change of state of the status channels in time order, with its delta time\n");
+        out,
+        "usage: veldrix-cli <verb> [options]\n"
+        "verbs:\n"
+        "  info [--json] [--progress] [--encoding NAME] PATH\n"
+        "      describe a recording (PATH may carry any extension) and load its samples\n"
+        "  samples --json PATH [--from N] [--to M] [--channel A<n>|D<n>]... [--progress]\n"
+        "      the samples as stored: times in microseconds from the trigger, analog values\n"
+        "      scaled to secondary quantities without unit prefix, status bits\n"
+        "  phasors --json PATH --at SAMPLE [--dft-method rectSin|rectCos|trapSin|trapCos]\n"
+        "          [--dft-win prev|cent|next] [--phcomp] [--primary]\n"
+        "      fundamental phasor, effective values and read-out of every analog channel\n"
+        "  sequences --json PATH --channels A<n>,A<n>,A<n> --at SAMPLE\n"
+        "      positive, negative and zero sequence of three phases at a sample\n"
+        "  harmonics --json PATH --channel A<n> --at SAMPLE [--max-order K]\n"
+        "      harmonic content of a channel at a sample, with THD and DC share\n"
+        "  convert PATH OUT [--ascii|--binary|--binary32|--float32] [--revision 1991|1999|2013]\n"
+        "          [--progress]\n"
+        "      write an exact copy of the recording under a new name ending in .cfg or .cff\n"
+        "  save-inf PATH OUT.inf\n"
+        "      write the recording's extension file alone\n"
+        "  units --json PATH [--suggest]\n"
+        "      the primary device units as stored; with --suggest also those proposed from the\n"
+        "      channel names and monitored components, with the reason for each\n"
+        "  derive --json PATH --channel A<n> --job delta --mode 0|1|2 | --job avg\n"
+        "          | --job harm --order K --part 0|1|2 | --job hamming --end-freq F --length L\n"
+        "          | --job diff | --job freq-x0 | --job freq-dft\n"
+        "      the curve of a virtual channel derived from one channel: name, unit, rated\n"
+        "      frequency and one value per sample\n"
+        "  locate --json --line LENGTH,R1,X1,C1[,R0,X0] --m PATH --m-channels UA,UB,UC,IA,IB,IC\n"
+        "         [--m-channels2 IA2,IB2,IC2] [--m-weights W1,W2] --m-tv PRIMARY_KV,SECONDARY_V\n"
+        "         --m-ta PRIMARY_A,SECONDARY_A [--m-kf KF] [--m-start SAMPLE] --n PATH ... (the same\n"
+        "         with --n-)\n"
+        "      distance to a short circuit from the recordings of both line ends; exit 1 when the\n"
+        "      location fails (its code and report are printed)\n"
+        "  events --json PATH [--base t0|t0c|SAMPLE] [--format mmssus|msus]\n"
+        "      every change of state of the status channels in time order, with its delta time\n"
+        "  impedance --json PATH --kind 0|1|2|3 --u A1,A2,A3 --i A4,A5,A6 [--i2 ...] [--i3 ...]\n"
+        "            [--coef 1,1,1] [--line R1,X1,R0,X0] [--r An --x An] (--at SAMPLE | --from N --to M)\n"
+        "      apparent impedance of the phase loops at a sample, or its traces over a range\n"
+        "  zones --json FILE.tzb [--inside R,X]\n"
+        "      an impedance boundary file as read, and which of its zones hold a point\n");
 }
 
 } // namespace
@@ -92,6 +100,10 @@ int main(int argc, char **argv)
         return RunLocate(argc - 2, argv + 2);
     if (std::strcmp(verb, "events") == 0)
         return RunEvents(argc - 2, argv + 2);
+    if (std::strcmp(verb, "impedance") == 0)
+        return RunImpedance(argc - 2, argv + 2);
+    if (std::strcmp(verb, "zones") == 0)
+        return RunZones(argc - 2, argv + 2);
     if (std::strcmp(verb, "--help") == 0 || std::strcmp(verb, "help") == 0) {
         printUsage(stdout);
         return 0;
