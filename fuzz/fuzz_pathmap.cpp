@@ -4,6 +4,7 @@
 #include "pathmap.h"
 
 #include <QByteArray>
+#include <QList>
 
 #include <cstdint>
 #include <cstdio>
