@@ -2,10 +2,14 @@
 
 #include "cmtd99file.h"
 #include "cmtdtext.h"
+#include "extfile.h"
 #include "jsonwriter.h"
 #include "notices.h"
+#include "pathmap.h"
 #include "recordingload.h"
 #include "unitsjson.h"
+
+#include <QFileInfo>
 
 #include <cstdio>
 #include <cstring>
@@ -282,6 +286,32 @@ void writeMessagesJson(JsonWriter &json, const char *path, const CCmtd99File &fi
     json.endArray();
 }
 
+// What the older ".ext" gave: its messages and the names of the line units it made.
+void writeExtJson(JsonWriter &json, const CCmtd99File &file)
+{
+    writeMessages(json, file, "extMessages", file.extMessages);
+    json.key("extUnits");
+    json.beginArray();
+    const int made = ExtMadeUnitCount(file);
+    for (int i = 0; i < made; ++i)
+        json.value(file.Text(file.lineUnits[size_t(i)]->name));
+    json.endArray();
+}
+
+void writePathMapJson(JsonWriter &json, const PathMapEntry *entry)
+{
+    json.key("pathMapEntry");
+    if (!entry) {
+        json.null();
+        return;
+    }
+    json.beginObject();
+    json.field("rootPath", QString::fromLocal8Bit(entry->rootPath));
+    json.field("settingsFile", QString::fromLocal8Bit(entry->settingsFile));
+    json.field("groupFile", QString::fromLocal8Bit(entry->groupFile));
+    json.endObject();
+}
+
 } // namespace
 
 void WriteDescriptionJson(JsonWriter &json, const char *path, const CCmtd99File &file, bool loadOk)
@@ -303,6 +333,7 @@ int RunInfo(int argc, char **argv)
     bool asJson = false;
     bool progress = false;
     const char *encoding = nullptr;
+    const char *mapPath = nullptr;
     const char *path = nullptr;
     for (int i = 0; i < argc; ++i) {
         if (std::strcmp(argv[i], "--json") == 0) {
@@ -311,6 +342,8 @@ int RunInfo(int argc, char **argv)
             progress = true;
         } else if (std::strcmp(argv[i], "--encoding") == 0 && i + 1 < argc) {
             encoding = argv[++i];
+        } else if (std::strcmp(argv[i], "--settings-map") == 0 && i + 1 < argc) {
+            mapPath = argv[++i];
         } else if (argv[i][0] == '-' && argv[i][1] == '-') {
             std::fprintf(stderr, "veldrix-cli info: unknown option %s\n", argv[i]);
             return 2;
@@ -322,14 +355,29 @@ int RunInfo(int argc, char **argv)
         }
     }
     if (!path) {
-        std::fprintf(stderr, "usage: veldrix-cli info [--json] [--progress] [--encoding NAME] PATH\n");
+        std::fprintf(
+            stderr,
+            "usage: veldrix-cli info [--json] [--progress] [--encoding NAME] [--settings-map FILE] PATH\n");
         return 2;
     }
 
     CCmtd99File file;
     if (encoding)
         file.codecOverride = encoding;
-    const LoadOutcome outcome = LoadRecording("info", path, file, true, progress);
+    // The path map applies to the recording as the program opens it: by its full path, before
+    // the samples are read.
+    const PathMapEntry *mapEntry = nullptr;
+    if (mapPath)
+        LoadPathMapFrom(QByteArray(mapPath));
+    const auto applyMap = [&mapEntry, mapPath, path](CCmtd99File &loaded) {
+        if (!mapPath)
+            return;
+        const QByteArray full = QFileInfo(QString::fromLocal8Bit(path)).absoluteFilePath().toLocal8Bit();
+        mapEntry = findPathMapEntry(full.constData());
+        if (mapEntry)
+            ApplyPathMapEntry(loaded, *mapEntry);
+    };
+    const LoadOutcome outcome = LoadRecording("info", path, file, true, progress, applyMap);
     if (outcome == LoadOutcome::Missing)
         return 2;
     const bool usable = outcome == LoadOutcome::Usable;
@@ -337,11 +385,16 @@ int RunInfo(int argc, char **argv)
         JsonWriter json;
         json.beginObject();
         WriteDescriptionJson(json, path, file, usable);
+        writeExtJson(json, file);
+        if (mapPath)
+            writePathMapJson(json, mapEntry);
         json.endObject();
         std::fwrite(json.text().data(), 1, json.text().size(), stdout);
         std::fputc('\n', stdout);
     } else {
         printPlain(path, file, usable);
+        if (mapPath)
+            std::printf("path map:  %s\n", mapEntry ? mapEntry->rootPath.constData() : "(no entry)");
     }
     return ExitCodeOf(outcome);
 }

@@ -35,7 +35,7 @@ void printReason(const char *verb, const char *what, const char *path, const Loa
 } // namespace
 
 LoadOutcome LoadRecording(const char *verb, const char *path, CCmtd99File &file, bool withSamples,
-                          bool progress)
+                          bool progress, const std::function<void(CCmtd99File &)> &beforeSamples)
 {
     const QByteArray base = CmtdBasePath(path);
     const QByteArray cfg = CmtdSiblingPath(base, ".cfg");
@@ -53,6 +53,8 @@ LoadOutcome LoadRecording(const char *verb, const char *path, CCmtd99File &file,
         printReason(verb, "recording refused", cff ? path : cfg.constData(), reasons);
         return LoadOutcome::Refused;
     }
+    if (beforeSamples)
+        beforeSamples(file);
     if (!withSamples)
         return LoadOutcome::Usable;
     const qsizetype before = file.datMessages.size();

@@ -2,6 +2,7 @@
 
 #include "cfffile.h"
 #include "diskfile.h"
+#include "extfile.h"
 #include "linereader.h"
 #include "safewrite.h"
 #include "textcodec.h"
@@ -201,10 +202,17 @@ bool CCmtd99File::LoadFile(const char *path)
         // A complete extension file of this version repeats every field of the ".cfg" and
         // can stand in for a missing or broken one.
         LoadCfg(CmtdSiblingPath(base, ".cfg").constData());
+        LoadInf(CmtdSiblingPath(base, ".inf").constData());
     } else if (LoadCfg(CmtdSiblingPath(base, ".cfg").constData()) != ReadDone) {
         return false;
+    } else {
+        LoadInf(CmtdSiblingPath(base, ".inf").constData());
+        // The older positional file fills what neither of the others gave; its result does not
+        // decide the load.
+        CmtdExtFile ext;
+        ext.Load(CmtdSiblingPath(base, ".ext").constData(), fileDesc.analogCount, extMessages);
+        ApplyExt(*this, ext);
     }
-    LoadInf(CmtdSiblingPath(base, ".inf").constData());
     // The names read as the recorder wrote them: the codec follows from the whole ".cfg".
     if (!codecOverride.isEmpty()) {
         codecName = codecOverride;

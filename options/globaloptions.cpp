@@ -5,6 +5,7 @@
 #include "diskfile.h"
 #include "globalsettings.h"
 #include "linereader.h"
+#include "pathmap.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
@@ -131,6 +132,27 @@ const QByteArray &programBaseName()
 void CGlobalOptions::load()
 {
     loadFrom(programDirectory(), programBaseName());
+    // The site folders' settings: plain files, read before any recording opens.
+    loadPathMap();
+}
+
+namespace {
+
+QByteArray pathMapFile()
+{
+    return programDirectory() + "TRWKCFGMAP.INI";
+}
+
+} // namespace
+
+int loadPathMap()
+{
+    return LoadPathMapFrom(pathMapFile());
+}
+
+int savePathMap()
+{
+    return SavePathMapTo(pathMapFile());
 }
 
 void CGlobalOptions::loadFrom(const QByteArray &directory, const QByteArray &baseName)

@@ -111,3 +111,9 @@ extern CGlobalOptions globalOptions;
 void setProgramPath(const char *executablePath);
 const QByteArray &programDirectory();
 const QByteArray &programBaseName();
+
+// The settings path map beside the program ("TRWKCFGMAP.INI"): read at start-up with the options,
+// written by the map's dialogs. Each gives the number of entries (0 when the file cannot be
+// written).
+int loadPathMap();
+int savePathMap();

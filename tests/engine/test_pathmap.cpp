@@ -1,0 +1,96 @@
+// The settings path map: which site folder a recording lies under, and what applying its
+// settings and channel groups does to the recording.
+
+#include "cfgfixture.h"
+#include "cmtd99file.h"
+#include "pathmap.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+class PathMap : public RecordingTest
+{
+protected:
+    CCmtd99File rec;
+};
+
+TEST_F(PathMap, ReadsCompleteEntriesAndTheLongestContainedRootWins)
+{
+    const std::string ini = dir.write("map.ini", {
+                                                     "[TRWK_CFG_MAP]",
+                                                     "ROOT_PATH=/data/site",
+                                                     "TCFG_FILE=site.tcfg",
+                                                     "[trwk_cfg_map]",
+                                                     "root_path=/data/site/bay1",
+                                                     "TCGP_FILE=bay1.tcgp",
+                                                     "[TRWK_CFG_MAP]",
+                                                     "ROOT_PATH=/only/root", // no file: dropped
+                                                     "[Other]",
+                                                     "ROOT_PATH=/other",
+                                                     "TCFG_FILE=o.tcfg",
+                                                     "[TRWK_CFG_MAP]",
+                                                     "ROOT_PATH=/DATA/SITE", // as long as the first
+                                                     "TCFG_FILE=second.tcfg",
+                                                     "VENDOR=skipped",
+                                                 });
+    ASSERT_EQ(LoadPathMapFrom(QByteArray::fromStdString(ini)), 3);
+    const std::vector<PathMapEntry> &map = PathMapEntries();
+    EXPECT_EQ(map[0].rootPath, "/DATA/SITE");
+    EXPECT_EQ(map[1].rootPath, "/DATA/SITE/BAY1");
+    EXPECT_EQ(map[1].groupFile, "bay1.tcgp");
+    EXPECT_EQ(map[1].settingsFile, "");
+
+    auto found = [](const char *path) -> const PathMapEntry * { return findPathMapEntry(path); };
+    EXPECT_EQ(found("/data/site/bay1/2021/rec.cfg"), &map[1]);  // the longer root
+    EXPECT_EQ(found("/data/site/bay2/rec.cfg"), &map[0]);       // equal length: first in the file
+    EXPECT_EQ(found("/mnt/backup/Data/Site/rec.cfg"), &map[0]); // anywhere in the path, any case
+    EXPECT_EQ(found("/data/sit/rec.cfg"), nullptr);
+    EXPECT_EQ(found("/other/rec.cfg"), nullptr);
+    // Only the first 511 bytes of a path are looked at.
+    EXPECT_EQ(found((std::string(511, 'x') + "/data/site").c_str()), nullptr);
+    EXPECT_EQ(found((std::string(501, 'x') + "/data/site").c_str()), &map[0]);
+
+    EXPECT_EQ(LoadPathMapFrom(QByteArray::fromStdString(dir.path("missing.ini"))), 0);
+    EXPECT_TRUE(PathMapEntries().empty());
+    EXPECT_EQ(findPathMapEntry("/data/site/rec.cfg"), nullptr);
+}
+
+TEST_F(PathMap, SavedMapReadsBackAsWritten)
+{
+    PathMapEntries() = {{"/A/B", "s.tcfg", ""}, {"/C", "", "g.tcgp"}};
+    const QByteArray ini = QByteArray::fromStdString(dir.path("TRWKCFGMAP.INI"));
+    ASSERT_EQ(SavePathMapTo(ini), 2);
+    EXPECT_EQ(dir.read("TRWKCFGMAP.INI"), "[TRWK_CFG_MAP]\nROOT_PATH=/A/B\nTCFG_FILE=s.tcfg\nTCGP_FILE=\n\n"
+                                          "[TRWK_CFG_MAP]\nROOT_PATH=/C\nTCFG_FILE=\nTCGP_FILE=g.tcgp\n\n");
+    ASSERT_EQ(LoadPathMapFrom(ini), 2);
+    EXPECT_EQ(PathMapEntries()[1].groupFile, "g.tcgp");
+    EXPECT_EQ(SavePathMapTo(QByteArray::fromStdString(dir.path("no/such/folder/map.ini"))), 0);
+}
+
+TEST_F(PathMap, ApplyingAnEntryFillsOnlyWhatTheRecordingLacks)
+{
+    ASSERT_TRUE(rec.LoadFile(dir.write("r.cfg", kInfPairCfg).c_str()));
+    const std::string groups =
+        dir.write("site.tcgp", {"[TRWK Channels_Group_#1]", "DEV_ID=1,Currents", "OTH_ACHNS=1"});
+    // The settings file is missing: nothing of it, and the groups still come.
+    const PathMapEntry entry{"/X", QByteArray::fromStdString(dir.path("gone.tcfg")),
+                             QByteArray::fromStdString(groups)};
+    EXPECT_EQ(ApplyPathMapEntry(rec, entry), CCmtd99File::ReadDone);
+    ASSERT_EQ(rec.groupUnits.size(), 1u);
+    EXPECT_EQ(rec.groupUnits[0]->name, "Currents");
+
+    const std::string settings =
+        dir.write("site.tcfg",
+                  {"[TRWK Analog_Channels_Parameter]", "CHNL_INFO_#1=1, 3, Ia, TA, 50, 600, A, 1, A, 1, 0, A",
+                   "[TRWK Channels_Group_#1]", "DEV_ID=1,Currents"});
+    EXPECT_EQ(ApplyPathMapEntry(rec, PathMapEntry{"/X", QByteArray::fromStdString(settings), ""}),
+              CCmtd99File::ReadDone);
+    EXPECT_EQ(rec.FindAnalogChannel(1)->typeCode, "TA");
+    EXPECT_EQ(rec.groupUnits.size(), 1u); // a group of a known name is not taken twice
+}
+
+} // namespace
