@@ -2,6 +2,7 @@
 
 #include "exactcopy.h"
 #include "notices.h"
+#include "pathmap.h"
 #include "safewrite.h"
 
 #include "cmtdchildcontainer.h"
@@ -201,6 +202,12 @@ bool CCmtdChildFrame::openFile(const QString &path)
     m_fileName = info.canonicalFilePath();
     m_modified = false;
     setWindowTitle(titleText());
+    // A recording under a folder of the site map takes that site's settings and channel groups.
+    if (const PathMapEntry *entry = findPathMapEntry(local.constData())) {
+        ApplyPathMapEntry(m_file, *entry);
+        statusBar()->showMessage(
+            tr("Settings of %1 applied").arg(QString::fromLocal8Bit(entry->settingsFile)), 10000);
+    }
     m_cfgContainer->showRecording(m_file);
     m_document.setBackgroundBit(StateLoading, true);
     submitJob(CCmtdThread::KindLoad);

@@ -9,6 +9,7 @@
 #include "frametestcase.h"
 #include "mainframe.h"
 #include "menutext.h"
+#include "pathmap.h"
 #include "timetext.h"
 #include "unitsetupdialog.h"
 #include "unitsuggestdialog.h"
@@ -442,6 +443,22 @@ private Q_SLOTS:
         QVERIFY(!frame->action(CCmtdChildFrame::ActServerStop)->isEnabled());
         // Features still to come are shown but cannot be chosen.
         QVERIFY(!frame->action(CCmtdChildFrame::ActAnaRX)->isEnabled());
+    }
+
+    void siteMapAppliesItsSettingsOnOpening()
+    {
+        // A recording under a mapped folder takes the site's channel groups; the folder matches
+        // in any case.
+        const QString groups = m_dir.filePath(QStringLiteral("site.tcgp"));
+        QFile file(groups);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("[TRWK Channels_Group_#1]\nDEV_ID=1,Busbar Voltages\nOTH_ACHNS=1\n");
+        file.close();
+        PathMapEntries() = {{m_dir.path().toUpper().toLocal8Bit(), QByteArray(), groups.toLocal8Bit()}};
+        CCmtdChildFrame *frame = open(writeRecording(m_dir, "mapped", 200, 2, 0));
+        PathMapEntries().clear();
+        QVERIFY(frame);
+        QVERIFY(frame->recording().FindUnitByName("Busbar Voltages"));
     }
 
     void recordingWithoutStatusOrSamples()
