@@ -342,7 +342,10 @@ void CCmtdChildFrame::finishJob()
                     this, [this] { showAnaForm(12); }, Qt::QueuedConnection);
         }
     } else {
-        // A derived channel has its extent and the recording its scale groups anew.
+        // A derived channel has its extent; the recording takes its channel ordering (scale
+        // groups) and the views their summaries anew, here where the views read them.
+        m_file.BuildScaleGroups();
+        m_document.rebuildEnvelopes();
         m_nameView->rebuildValues();
         Q_EMIT m_document.displayChanged();
     }

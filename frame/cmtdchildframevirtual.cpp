@@ -64,6 +64,7 @@ bool CCmtdChildFrame::deleteVirtualChannel(CChnMapAnalog *channel)
                          m_hiddenBefore.end());
     RemoveVirtualChannel(m_file, channel);
     m_file.BuildScaleGroups();
+    m_document.rebuildEnvelopes(); // the summaries stand by the stores' places
     m_waveView->layoutRows(true);
     m_nameView->rebuildValues();
     m_nameView->update();

@@ -31,8 +31,10 @@ int CmtdWorkerReport(void *owner, int code, int a, int b)
         return CmtdReportStep(a, b);
     case 10:
         // The samples up to here are final: sum them for the envelope drawing while they are
-        // still in the cache.
-        frame->document()->extendEnvelopes(b);
+        // still in the cache. Only a load does; a derived channel's summary is made on the
+        // interface thread when its job has ended, since the summaries are the views' own.
+        if (frame->backgroundState() & CCmtdDocument::StateLoading)
+            frame->document()->extendEnvelopes(b);
         post(frame, code, a, b);
         return 0;
     default:

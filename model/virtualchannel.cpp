@@ -250,6 +250,5 @@ bool RunVirtualChannelJob(CCmtd99File &file, CChnMapAnalog &target, const CChnMa
     // The closing steps run for a stopped job too: its extent covers what it wrote.
     target.RecalcExtremes();
     target.flags &= ~uint32_t(CChnMapBase::FlagJobMask);
-    file.BuildScaleGroups();
     return finished;
 }

@@ -36,8 +36,9 @@ void RemoveAllVirtualChannels(CCmtd99File &file);
 
 // The outer form of jobs 3 to 9 on the worker: the target's extent reset, the curve of `source`
 // written into the target's own array with the report rule (report/owner as LoadDat gets them),
-// then the extent recomputed, the flag bits from 0x80 upward cleared, the scale groups built
-// again (the recording's channel ordering). A recording without samples does only the closing
-// steps. False when stopped (the samples computed so far stay).
+// then the extent recomputed and the flag bits from 0x80 upward cleared. A recording without
+// samples does only the closing steps. False when stopped (the samples computed so far stay).
+// The recording's channel ordering (its scale groups) is redone by the caller when the job has
+// ended, on the interface thread: the views read the groups while a job runs.
 bool RunVirtualChannelJob(CCmtd99File &file, CChnMapAnalog &target, const CChnMapAnalog &source,
                           const SeriesJobParams &params, ProgressFn report, void *owner);

@@ -25,6 +25,13 @@ bool CCmtdDocument::trigger(Action id) const
     return true;
 }
 
+void CCmtdDocument::rebuildEnvelopes()
+{
+    m_envelopes.reset();
+    m_envelopeCount = 0;
+    extendEnvelopes(m_file.loadedPoints);
+}
+
 void CCmtdDocument::extendEnvelopes(int loaded)
 {
     const auto &maps = m_file.analogMaps;

@@ -149,6 +149,8 @@ public:
     // Sums the least and largest values of the analog channels up to `loaded` samples: called
     // by the worker as a load advances, and once more by the frame at its end.
     void extendEnvelopes(int loaded);
+    // Sums every analog store anew (after a derived channel was filled or removed).
+    void rebuildEnvelopes();
     // The summary of an analog store (by its place in the recording); to be read only while
     // no load runs. Null when none was made.
     const CSampleEnvelope *envelope(size_t analogIndex) const

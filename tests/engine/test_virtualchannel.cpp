@@ -112,6 +112,7 @@ TEST(VirtualChannel, JobOnAVirtualSourceClosingStepsAndStop)
     CChnMapAnalog *mean = Make(file, "UA DC-Part");
     DescribeVirtualChannel(*mean, *ramp.source, Job(SeriesJobAverage));
     EXPECT_TRUE(RunVirtualChannelJob(file, *mean, *ramp.source, Job(SeriesJobAverage), nullptr, nullptr));
+    file.BuildScaleGroups(); // what the frame does when the job has ended
     EXPECT_EQ(mean->Class(), ClassDCV);
     EXPECT_FALSE(mean->IsAC());
     EXPECT_EQ(
