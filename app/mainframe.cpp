@@ -1,6 +1,7 @@
 #include "mainframe.h"
 
 #include "anaforms.h"
+#include "fileinfpathmapdlg.h"
 
 #include "cmtd99file.h"
 #include "cmtdchildframe.h"
@@ -46,12 +47,15 @@ void CMainFrame::createActions()
     m_openAction = new QAction(QIcon(QStringLiteral(":/images/FileOpen.png")), QString(), this);
     m_openAction->setShortcut(QKeySequence::Open);
     connect(m_openAction, &QAction::triggered, this, &CMainFrame::slot_FileOpen);
-    // Joining recordings and the settings path map come with their own work; until then their
-    // entries are shown but cannot be chosen.
+    // Joining recordings comes with its own work; until then its entry is shown but cannot be
+    // chosen.
     m_combinAction = new QAction(this);
     m_combinAction->setEnabled(false);
     m_infMapAction = new QAction(this);
-    m_infMapAction->setEnabled(false);
+    connect(m_infMapAction, &QAction::triggered, this, [this] {
+        CFileInfPathMapDlg dialog(this);
+        dialog.exec();
+    });
     m_optionsAction = new QAction(this);
     m_optionsAction->setEnabled(false);
     m_aboutAction = new QAction(this);

@@ -2,12 +2,15 @@
 // the datagrams of the single-process link.
 
 #include "cmtdchildframe.h"
+#include "fileinfpathmapdlg.h"
 #include "frametestcase.h"
+#include "globaloptions.h"
 #include "mainframe.h"
 
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QStatusBar>
 
@@ -54,6 +57,55 @@ private Q_SLOTS:
     {
         FrameTestCase::initTestCase();
         QSettings(QStringLiteral("TRWK"), QStringLiteral("VELDRIX")).clear();
+    }
+
+    // The picture of the user guide (tools/screenshots.sh); skipped without VELDRIX_SCREENSHOTS.
+    void screenshotsForTheGuide()
+    {
+        const QString folder = qEnvironmentVariable("VELDRIX_SCREENSHOTS");
+        if (folder.isEmpty())
+            QSKIP("VELDRIX_SCREENSHOTS is not set");
+        PathMapEntries() = {
+            {"/DATA/RECORDERS/SUBSTATION NORTH", "/data/settings/north.tcfg", "/data/settings/north.tcgp"},
+            {"/DATA/RECORDERS", "/data/settings/common.tcfg", ""}};
+        CFileInfPathMapDlg map;
+        map.show();
+        QTest::qWait(200);
+        QVERIFY(map.grab().save(folder + QStringLiteral("/path-map.png")));
+        PathMapEntries().clear();
+    }
+
+    void pathMapDialogsCheckAndWriteTheMap()
+    {
+        // The map file goes beside the program: here a folder of the test's own.
+        setProgramPath(m_dir.filePath(QStringLiteral("veldrix")).toLocal8Bit().constData());
+        CFileInfPathMapDlgItem item(PathMapEntry{});
+        QString said;
+        pressWhenUp(&said, QStringLiteral("OK"));
+        item.accept();
+        QCOMPARE(said, QStringLiteral("Please specify [Data File Path]!"));
+        item.folderEdit()->setText(QStringLiteral("/data/Site A"));
+        pressWhenUp(&said, QStringLiteral("OK"));
+        item.accept();
+        QCOMPARE(said, QStringLiteral("Please specify Settings Files!"));
+        item.groupsEdit()->setText(QStringLiteral("/cfg/a.tcgp"));
+        item.accept();
+        QCOMPARE(item.result(), int(QDialog::Accepted));
+        QCOMPARE(item.entry().rootPath, QByteArray("/DATA/SITE A"));
+
+        CFileInfPathMapDlg map;
+        map.putEntry(item.entry());
+        map.putEntry(PathMapEntry{"/DATA", "/cfg/all.tcfg", ""});
+        pressWhenUp(&said, QStringLiteral("&No"));
+        QVERIFY(!map.deleteEntry(1));
+        QCOMPARE(said, QStringLiteral("Are you sure to delete the item [/DATA]?"));
+        map.accept();
+        QCOMPARE(PathMapEntries().size(), size_t(2));
+        const QByteArray written = fileBytes(m_dir.filePath(QStringLiteral("TRWKCFGMAP.INI")));
+        QVERIFY(written.contains("ROOT_PATH=/DATA/SITE A\nTCFG_FILE=\nTCGP_FILE=/cfg/a.tcgp\n"));
+        // The longer root wins for a recording under both.
+        QCOMPARE(findPathMapEntry("/data/site a/2024/r.cfg")->groupFile, QByteArray("/cfg/a.tcgp"));
+        PathMapEntries().clear();
     }
 
     void everyFileOfARecordingOpensOneDocument()
