@@ -33,7 +33,7 @@ public:
         FlagShifts = 0x4,     // a status channel with at least one change of state
         FlagReversed = 0x4,   // an analog channel drawn reversed (the same bit, on the other kind)
         FlagHidden = 0x8,
-        FlagRelated = 0x80,   // a channel of the analysis form on show
+        FlagRelated = 0x80,       // a channel of the analysis form on show
         FlagJobMask = 0xFFFFFF80u // cleared when a job has filled the channel
     };
 
