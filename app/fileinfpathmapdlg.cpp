@@ -1,4 +1,5 @@
 #include "fileinfpathmapdlg.h"
+#include "dialogbuttons.h"
 
 #include "globaloptions.h"
 
@@ -14,14 +15,6 @@
 #include <QVBoxLayout>
 
 namespace {
-
-QDialogButtonBox *okCancel(QDialog *dialog)
-{
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, dialog);
-    QObject::connect(buttons, &QDialogButtonBox::accepted, dialog, &QDialog::accept);
-    QObject::connect(buttons, &QDialogButtonBox::rejected, dialog, &QDialog::reject);
-    return buttons;
-}
 
 QString local(const QByteArray &bytes)
 {
@@ -55,7 +48,7 @@ CFileInfPathMapDlgItem::CFileInfPathMapDlgItem(const PathMapEntry &entry, QWidge
     m_folder->setToolTip(tr("Recordings whose path holds this folder (in any case) take the files below"));
     auto *column = new QVBoxLayout(this);
     column->addLayout(grid);
-    column->addWidget(okCancel(this));
+    column->addWidget(OkCancelButtons(this));
 }
 
 PathMapEntry CFileInfPathMapDlgItem::entry() const
@@ -121,7 +114,7 @@ CFileInfPathMapDlg::CFileInfPathMapDlg(QWidget *parent)
     row->addLayout(buttons);
     auto *column = new QVBoxLayout(this);
     column->addLayout(row);
-    column->addWidget(okCancel(this));
+    column->addWidget(OkCancelButtons(this));
     connect(add, &QPushButton::clicked, this, [this] { edit(-1); });
     connect(change, &QPushButton::clicked, this,
             [this] { edit(m_list->indexOfTopLevelItem(m_list->currentItem())); });

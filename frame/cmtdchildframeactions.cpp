@@ -7,6 +7,7 @@
 #include "cmtdtext.h"
 #include "cmtdviewananame.h"
 #include "cmtdviewanawave.h"
+#include "dialogbuttons.h"
 #include "faultfindwizard.h"
 #include "globaloptions.h"
 #include "globalsettings.h"
@@ -523,9 +524,7 @@ void CCmtdChildFrame::slot_WaveShowChnPick()
         item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
         item->setCheckState(map->flags & CChnMapBase::FlagHidden ? Qt::Unchecked : Qt::Checked);
     }
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &dialog);
-    connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+    QDialogButtonBox *buttons = OkCancelButtons(&dialog);
     auto *layout = new QVBoxLayout(&dialog);
     layout->addWidget(list);
     layout->addWidget(buttons);

@@ -1,4 +1,5 @@
 #include "unitsetupdialog.h"
+#include "dialogbuttons.h"
 
 #include "chnmap.h"
 #include "cmtd99file.h"
@@ -117,9 +118,7 @@ CUnitSetupDialog::CUnitSetupDialog(const CCmtd99File &file, std::unique_ptr<Cmtd
         m_tabs->addTab(makeRolesPage(), tr("Channels"));
     m_tabs->addTab(makeListsPage(),
                    m_unit->kind == CmtdInfTrwk_Unit::KindGroup ? tr("Channels") : tr("Other Channels"));
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
-    connect(buttons, &QDialogButtonBox::accepted, this, &CUnitSetupDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &CUnitSetupDialog::reject);
+    QDialogButtonBox *buttons = OkCancelButtons(this);
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(m_tabs);
     layout->addWidget(buttons);

@@ -1,4 +1,5 @@
 #include "unitsuggestdialog.h"
+#include "dialogbuttons.h"
 
 #include "cmtd99file.h"
 #include "unitedit.h"
@@ -35,12 +36,10 @@ CUnitSuggestDialog::CUnitSuggestDialog(const CCmtd99File &file, std::vector<Unit
         fillRow(row);
     m_table->resizeColumnsToContents();
     layout->addWidget(m_table);
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
+    QDialogButtonBox *buttons = OkCancelButtons(this);
     QPushButton *edit = buttons->addButton(tr("Edit..."), QDialogButtonBox::ActionRole);
     connect(edit, &QPushButton::clicked, this, [this] { editRow(m_table->currentRow()); });
     connect(m_table, &QTableWidget::cellDoubleClicked, this, [this](int row, int) { editRow(row); });
-    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     layout->addWidget(buttons);
     resize(760, 420);
 }

@@ -1,4 +1,5 @@
 #include "virchndlg.h"
+#include "dialogbuttons.h"
 
 #include "chnmap.h"
 #include "cmtd99file.h"
@@ -33,10 +34,7 @@ CVirChnDlgBase::CVirChnDlgBase(CCmtd99File &file, CChnMapAnalog &source, int kin
     nameRow->addWidget(m_name, 1);
     nameRow->addWidget(m_rename);
     column->addLayout(nameRow);
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
-    column->addWidget(buttons);
-    connect(buttons, &QDialogButtonBox::accepted, this, &CVirChnDlgBase::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &CVirChnDlgBase::reject);
+    column->addWidget(OkCancelButtons(this));
     connect(m_rename, &QCheckBox::stateChanged, this, &CVirChnDlgBase::slot_chkRenameStateChanged);
     optionsChanged();
 }

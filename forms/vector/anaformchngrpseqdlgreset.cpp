@@ -1,4 +1,5 @@
 #include "anaformchngrpseqdlgreset.h"
+#include "dialogbuttons.h"
 
 #include "anaformbase.h"
 #include "chnmap.h"
@@ -34,14 +35,12 @@ CAnaFormChnGrpSeqDlgReset::CAnaFormChnGrpSeqDlgReset(const CCmtd99File &file, ui
         makeGroup(tr("Choose Ph. A,B and C ACV Channels"), 'U', ClassACV, m_cmbU, voltages, displayFlags));
     column->addWidget(
         makeGroup(tr("Choose Ph. A,B and C ACC Channels"), 'I', ClassACC, m_cmbI, currents, displayFlags));
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
+    QDialogButtonBox *buttons = OkCancelButtons(this);
     column->addWidget(buttons);
     connect(m_cmbU[0], &QComboBox::currentIndexChanged, this,
             &CAnaFormChnGrpSeqDlgReset::slot_cmbUaSelChanged);
     connect(m_cmbI[0], &QComboBox::currentIndexChanged, this,
             &CAnaFormChnGrpSeqDlgReset::slot_cmbIaSelChanged);
-    connect(buttons, &QDialogButtonBox::accepted, this, &CAnaFormChnGrpSeqDlgReset::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &CAnaFormChnGrpSeqDlgReset::reject);
     setMinimumWidth(420);
 }
 

@@ -1,4 +1,5 @@
 #include "anaformchngrpvecdlgreset.h"
+#include "dialogbuttons.h"
 
 #include "anaformbase.h"
 #include "chnmap.h"
@@ -43,7 +44,7 @@ CAnaFormChnGrpVecDlgReset::CAnaFormChnGrpVecDlgReset(const CCmtd99File &file, ui
 
     auto *reset = new QPushButton(tr("Re-choose all"), this);
     auto *top = new QPushButton(tr("Move Top"), this);
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
+    QDialogButtonBox *buttons = OkCancelButtons(this);
     auto *grid = new QGridLayout(this);
     grid->addWidget(new QLabel(tr("Channels to Choose"), this), 0, 0);
     grid->addWidget(new QLabel(tr("Choosed Channels(Max 8)"), this), 0, 1);
@@ -62,8 +63,6 @@ CAnaFormChnGrpVecDlgReset::CAnaFormChnGrpVecDlgReset(const CCmtd99File &file, ui
             &CAnaFormChnGrpVecDlgReset::slot_lstRightDbClicked);
     connect(reset, &QPushButton::clicked, this, &CAnaFormChnGrpVecDlgReset::slot_btnDelAll);
     connect(top, &QPushButton::clicked, this, &CAnaFormChnGrpVecDlgReset::slot_btnGoTop);
-    connect(buttons, &QDialogButtonBox::accepted, this, &CAnaFormChnGrpVecDlgReset::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &CAnaFormChnGrpVecDlgReset::reject);
 }
 
 QListWidgetItem *CAnaFormChnGrpVecDlgReset::makeItem(CChnMapAnalog *chn, uint32_t displayFlags) const

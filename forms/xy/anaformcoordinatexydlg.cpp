@@ -1,4 +1,5 @@
 #include "anaformcoordinatexydlg.h"
+#include "dialogbuttons.h"
 
 #include "anaformbase.h"
 #include "chnmap.h"
@@ -19,14 +20,6 @@
 #include <QVBoxLayout>
 
 namespace {
-
-QDialogButtonBox *okCancel(QDialog *dialog)
-{
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, dialog);
-    QObject::connect(buttons, &QDialogButtonBox::accepted, dialog, &QDialog::accept);
-    QObject::connect(buttons, &QDialogButtonBox::rejected, dialog, &QDialog::reject);
-    return buttons;
-}
 
 CChnMapAnalog *channelAt(const QComboBox *combo)
 {
@@ -64,7 +57,7 @@ CAnaFormCoordinateXYDlgReset::CAnaFormCoordinateXYDlgReset(const CCmtd99File &fi
     form->addRow(tr("Y Axis"), m_y);
     auto *column = new QVBoxLayout(this);
     column->addWidget(group);
-    column->addWidget(okCancel(this));
+    column->addWidget(OkCancelButtons(this));
     setMinimumWidth(380);
 }
 
@@ -117,7 +110,7 @@ CAnaFormCoordinateXYBoundDlgEntry::CAnaFormCoordinateXYBoundDlgEntry(const QStri
     });
     auto *column = new QVBoxLayout(this);
     column->addLayout(form);
-    column->addWidget(okCancel(this));
+    column->addWidget(OkCancelButtons(this));
 }
 
 void CAnaFormCoordinateXYBoundDlgEntry::accept()
@@ -190,7 +183,7 @@ CAnaFormCoordinateXYBoundDlg::CAnaFormCoordinateXYBoundDlg(const std::vector<XYB
     row->addLayout(buttons);
     auto *column = new QVBoxLayout(this);
     column->addLayout(row);
-    column->addWidget(okCancel(this));
+    column->addWidget(OkCancelButtons(this));
     connect(m_list, &QTreeWidget::itemDoubleClicked, this, [this] { slot_btnEdit(); });
     resize(620, 320);
     refill();
