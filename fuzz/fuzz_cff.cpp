@@ -4,6 +4,7 @@
 // recording and sends it on as a single file.
 #include "cfffile.h"
 #include "cmtd99file.h"
+#include "fuzzfolder.h"
 
 #include <QByteArray>
 
@@ -14,19 +15,12 @@
 
 namespace {
 
-QByteArray g_directory; // one per process, with a trailing "/"
 const char *const kFiles[] = {"r.cff", "p.cfg", "p.dat", "s.cff"};
 
 void removeFiles()
 {
     for (const char *name : kFiles)
-        unlink((g_directory + name).constData());
-}
-
-void removeDirectory()
-{
-    removeFiles();
-    rmdir(g_directory.constData());
+        unlink((FuzzDirectory() + name).constData());
 }
 
 bool load(CCmtd99File &recording, const QByteArray &path)
@@ -40,27 +34,22 @@ bool load(CCmtd99File &recording, const QByteArray &path)
 
 extern "C" int LLVMFuzzerInitialize(int *, char ***)
 {
-    const char *tmp = std::getenv("TMPDIR");
-    QByteArray pattern = QByteArray(tmp && *tmp ? tmp : "/tmp") + "/veldrix-fuzz-cff-XXXXXX";
-    if (!mkdtemp(pattern.data()))
-        std::abort();
-    g_directory = pattern + '/';
-    std::atexit(removeDirectory);
+    MakeFuzzDirectory("cff");
     return 0;
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     removeFiles();
-    const QByteArray read = g_directory + "r.cff";
+    const QByteArray read = FuzzDirectory() + "r.cff";
     FILE *file = std::fopen(read.constData(), "wb");
     if (!file)
         std::abort();
     std::fwrite(data, 1, size, file);
     std::fclose(file);
 
-    const QByteArray parts = g_directory + "p";
-    const QByteArray joined = g_directory + "s.cff";
+    const QByteArray parts = FuzzDirectory() + "p";
+    const QByteArray joined = FuzzDirectory() + "s.cff";
     QByteArray fileType;
     {
         CCmtd99File recording;

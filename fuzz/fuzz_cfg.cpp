@@ -2,6 +2,7 @@
 // it, alone in its folder: no data file and no extension file. What was read is written back
 // and read again, as when an engineer saves an edited description and opens it later.
 #include "cmtd99file.h"
+#include "fuzzfolder.h"
 
 #include <QByteArray>
 
@@ -10,34 +11,18 @@
 #include <cstdlib>
 #include <unistd.h>
 
-namespace {
-
-QByteArray g_directory; // one per process, with a trailing "/"
-
-void removeDirectory()
-{
-    for (const char *name : {"r.cfg", "s.cfg"})
-        unlink((g_directory + name).constData());
-    rmdir(g_directory.constData());
-}
-
-} // namespace
+namespace {} // namespace
 
 extern "C" int LLVMFuzzerInitialize(int *, char ***)
 {
-    const char *tmp = std::getenv("TMPDIR");
-    QByteArray pattern = QByteArray(tmp && *tmp ? tmp : "/tmp") + "/veldrix-fuzz-cfg-XXXXXX";
-    if (!mkdtemp(pattern.data()))
-        std::abort();
-    g_directory = pattern + '/';
-    std::atexit(removeDirectory);
+    MakeFuzzDirectory("cfg");
     return 0;
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    const QByteArray read = g_directory + "r.cfg";
-    const QByteArray saved = g_directory + "s.cfg";
+    const QByteArray read = FuzzDirectory() + "r.cfg";
+    const QByteArray saved = FuzzDirectory() + "s.cfg";
     FILE *file = std::fopen(read.constData(), "wb");
     if (!file)
         std::abort();

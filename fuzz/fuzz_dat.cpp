@@ -5,6 +5,7 @@
 // (low six bits, 0 = never) and with 0x40 writes the samples as numbered parts to be joined,
 // split at byte 2. What loaded is saved in the other form and read again.
 #include "cmtd99file.h"
+#include "fuzzfolder.h"
 
 #include <QByteArray>
 
@@ -15,7 +16,6 @@
 
 namespace {
 
-QByteArray g_directory; // one per process, with a trailing "/"
 const char *const kBases[] = {"b", "a", "x"};
 
 struct Progress
@@ -32,15 +32,6 @@ int progress(void *context, int code, int, int)
     return code == 0 && ++state->polls == state->cancelAt ? -1 : 0;
 }
 
-void writeFile(const QByteArray &path, const void *data, size_t size)
-{
-    FILE *file = std::fopen(path.constData(), "wb");
-    if (!file)
-        std::abort();
-    std::fwrite(data, 1, size, file);
-    std::fclose(file);
-}
-
 // Every name an input may leave behind; joined parts come back as a ".dat".
 const char *const kInputFiles[] = {"b.dat", "b.d00", "b.d01", "a.dat", "a.d00", "a.d01",
                                    "x.dat", "x.d00", "x.d01", "s.dat", "s.cfg"};
@@ -48,15 +39,7 @@ const char *const kInputFiles[] = {"b.dat", "b.d00", "b.d01", "a.dat", "a.d00", 
 void removeInputFiles()
 {
     for (const char *name : kInputFiles)
-        unlink((g_directory + name).constData());
-}
-
-void removeDirectory()
-{
-    removeInputFiles();
-    for (const char *base : kBases)
-        unlink((g_directory + base + ".cfg").constData());
-    rmdir(g_directory.constData());
+        unlink((FuzzDirectory() + name).constData());
 }
 
 void writeConfiguration(const char *base, const char *rates, const char *type)
@@ -69,19 +52,14 @@ void writeConfiguration(const char *base, const char *rates, const char *type)
         text += QByteArray::number(i) + ",Contact " + QByteArray::number(i) + ",,Breaker Q0,0\n";
     text += QByteArray("50\n") + rates + "01/01/2024,00:00:00.000000\n01/01/2024,00:00:00.100000\n" + type +
             "\n1.0\n";
-    writeFile(g_directory + base + ".cfg", text.constData(), static_cast<size_t>(text.size()));
+    PutFuzzFile(FuzzDirectory() + base + ".cfg", text.constData(), static_cast<size_t>(text.size()));
 }
 
 } // namespace
 
 extern "C" int LLVMFuzzerInitialize(int *, char ***)
 {
-    const char *tmp = std::getenv("TMPDIR");
-    QByteArray pattern = QByteArray(tmp && *tmp ? tmp : "/tmp") + "/veldrix-fuzz-dat-XXXXXX";
-    if (!mkdtemp(pattern.data()))
-        std::abort();
-    g_directory = pattern + '/';
-    std::atexit(removeDirectory);
+    MakeFuzzDirectory("dat");
     writeConfiguration("b", "2\n1000,20\n500,40\n", "BINARY");
     writeConfiguration("a", "2\n1000,20\n500,40\n", "ASCII");
     writeConfiguration("x", "1\n0,40\n", "xyz");
@@ -94,18 +72,18 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         return 0;
     removeInputFiles();
     const int form = data[0] % 3;
-    const QByteArray base = g_directory + kBases[form];
+    const QByteArray base = FuzzDirectory() + kBases[form];
     const uint8_t *samples = data + 3;
     const size_t length = size - 3;
     if (data[1] & 0x40) {
         const size_t split = data[2] < length ? data[2] : length;
-        writeFile(base + ".d00", samples, split);
-        writeFile(base + ".d01", samples + split, length - split);
+        PutFuzzFile(base + ".d00", samples, split);
+        PutFuzzFile(base + ".d01", samples + split, length - split);
     } else {
-        writeFile(base + ".dat", samples, length);
+        PutFuzzFile(base + ".dat", samples, length);
     }
 
-    const QByteArray saved = g_directory + "s.cfg";
+    const QByteArray saved = FuzzDirectory() + "s.cfg";
     {
         CCmtd99File recording;
         Progress state{0, data[1] & 0x3f};
