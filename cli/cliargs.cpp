@@ -35,3 +35,9 @@ bool ReadWholeOption(const char *verb, const char *option, const char *text, lon
     std::fprintf(stderr, "veldrix-cli %s: %s\n", verb, message.constData());
     return false;
 }
+
+bool ParseAnalogChannel(const char *text, long long &index)
+{
+    index = -1;
+    return text && (text[0] & ~0x20) == 'A' && ParseWhole(text + 1, index) && index >= 0;
+}

@@ -10,3 +10,6 @@ bool ReadWholeOption(const char *verb, const char *option, const char *text, lon
 
 // The same without the message: true when `text` is a whole number.
 bool ParseWhole(const char *text, long long &value);
+
+// An analog channel named as "A<n>" (any case), n a whole number from 0: true with `index`.
+bool ParseAnalogChannel(const char *text, long long &index);

@@ -104,7 +104,7 @@ bool readEndFreq(const char *text, double &value)
 bool readValue(const char *arg, const char *value, DeriveOptions &o)
 {
     if (std::strcmp(arg, "--channel") == 0) {
-        if ((value[0] & ~0x20) != 'A' || !ParseWhole(value + 1, o.channel) || o.channel < 0) {
+        if (!ParseAnalogChannel(value, o.channel)) {
             std::fprintf(stderr, "veldrix-cli derive: a channel is A<n>, not \"%s\"\n", value);
             return false;
         }

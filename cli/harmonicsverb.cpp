@@ -32,7 +32,7 @@ int RunHarmonics(int argc, char **argv)
             continue;
         if (std::strcmp(arg, "--channel") == 0 && hasValue) {
             const char *value = argv[++i];
-            if ((value[0] & ~0x20) != 'A' || !ParseWhole(value + 1, channel) || channel < 0) {
+            if (!ParseAnalogChannel(value, channel)) {
                 std::fprintf(stderr, "veldrix-cli harmonics: a channel is A<n>, not \"%s\"\n", value);
                 return 2;
             }

@@ -44,8 +44,8 @@ bool readChannel(const CCmtd99File &file, const std::string &text, const CChnMap
     if (text.empty() || text == "-")
         return true;
     long long number = -1;
-    if (text.size() < 2 || (text[0] & ~0x20) != 'A' || !ParseWhole(text.c_str() + 1, number) || number < 0 ||
-        number > INT16_MAX || !(chn = file.FindAnalogMap(int(number)))) {
+    if (!ParseAnalogChannel(text.c_str(), number) || number > INT16_MAX ||
+        !(chn = file.FindAnalogMap(int(number)))) {
         std::fprintf(stderr, "veldrix-cli impedance: the recording has no channel \"%s\"\n", text.c_str());
         return false;
     }

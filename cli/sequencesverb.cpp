@@ -7,6 +7,9 @@
 #include "phasor.h"
 #include "recordingload.h"
 
+#include <QByteArray>
+#include <QList>
+
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -21,21 +24,17 @@ void usage()
 // "A1,A2,A3" as three channel numbers; false (with a message) otherwise.
 bool readChannels(const char *text, long long numbers[3])
 {
-    const char *at = text;
+    const QList<QByteArray> parts = QByteArray(text).split(',');
+    if (parts.size() != 3) {
+        std::fprintf(stderr, "veldrix-cli sequences: --channels expects three channels A<n>,A<n>,A<n>\n");
+        return false;
+    }
     for (int i = 0; i < 3; ++i) {
-        const char *end = std::strchr(at, ',');
-        const size_t length = end ? size_t(end - at) : std::strlen(at);
-        char part[32] = {};
-        if ((i < 2) != (end != nullptr) || length < 2 || length >= sizeof part || (at[0] & ~0x20) != 'A') {
-            std::fprintf(stderr, "veldrix-cli sequences: --channels expects three channels A<n>,A<n>,A<n>\n");
+        if (!ParseAnalogChannel(parts[i].constData(), numbers[i])) {
+            std::fprintf(stderr, "veldrix-cli sequences: a channel is A<n>, not \"%s\"\n",
+                         parts[i].constData());
             return false;
         }
-        std::memcpy(part, at + 1, length - 1);
-        if (!ParseWhole(part, numbers[i]) || numbers[i] < 0) {
-            std::fprintf(stderr, "veldrix-cli sequences: a channel is A<n>, not \"%.*s\"\n", int(length), at);
-            return false;
-        }
-        at = end ? end + 1 : at + length;
     }
     return true;
 }
