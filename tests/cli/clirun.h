@@ -41,6 +41,13 @@ inline void put(const QString &path, const QByteArray &bytes)
     file.write(bytes);
 }
 
+// The bytes of a file a verb wrote, "<missing>" when there is none.
+inline QByteArray fileBytes(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
+}
+
 // An ASCII recording `name` in `folder`, `points` long at 1 kHz with the trigger at sample 100:
 // UA a 50 Hz sine of `amplitude` steps of 0.1 V secondary through a 1000 V / 100 V transformer,
 // UB a ramp in kV through 110 kV / 100 V given as primary values, and a status channel that

@@ -64,9 +64,7 @@ TEST(Cli, InfoDescribesTheRecording)
     // JSON says so under "notices"; a 50 Hz recording has none.
     ASSERT_TRUE(info.value("notices").isArray());
     EXPECT_TRUE(info.value("notices").toArray().isEmpty());
-    QFile cfg(dir.filePath("rec.cfg"));
-    ASSERT_TRUE(cfg.open(QIODevice::ReadOnly));
-    put(cfg.fileName(), cfg.readAll().replace("0\n50\n1\n", "0\n60\n1\n"));
+    put(dir.filePath("rec.cfg"), fileBytes(dir.filePath("rec.cfg")).replace("0\n50\n1\n", "0\n60\n1\n"));
     const CliRun sixty = cli({"info", "--json", dat});
     ASSERT_EQ(sixty.code, 0);
     const QJsonArray notices = sixty.json().value("notices").toArray();

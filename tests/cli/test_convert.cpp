@@ -19,10 +19,8 @@ namespace {
 
 QByteArray checksum(const QString &path)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return "<missing>";
-    return QCryptographicHash::hash(file.readAll(), QCryptographicHash::Sha256).toHex();
+    const QByteArray bytes = fileBytes(path);
+    return bytes == "<missing>" ? bytes : QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex();
 }
 
 QStringList namesIn(const QString &folder)
@@ -81,10 +79,8 @@ TEST(Convert, FullDiskFailsWithTheReasonAndLeavesTheEarlierFiles)
         EXPECT_NE(run.code, 0);
         EXPECT_TRUE(run.err.contains(reason)) << run.err.constData();
         EXPECT_TRUE(run.err.contains("out.")) << run.err.constData();
-        QFile cfg(folder + "/out.cfg");
-        QFile dat(folder + "/out.dat");
-        EXPECT_TRUE(cfg.open(QIODevice::ReadOnly) && cfg.readAll() == "old config");
-        EXPECT_TRUE(dat.open(QIODevice::ReadOnly) && dat.readAll() == "old data");
+        EXPECT_EQ(fileBytes(folder + "/out.cfg"), "old config");
+        EXPECT_EQ(fileBytes(folder + "/out.dat"), "old data");
         EXPECT_EQ(namesIn(folder), (QStringList{"out.cfg", "out.dat"}));
     };
     auto putSentinels = [](const QString &folder) {
@@ -186,9 +182,7 @@ TEST(Convert, RescansTheValuesForAMultiplierThatFitsAndMapsTheConfiguredRange)
     // "Rise", 70000 / 32767 for "Swing" (the negative side is the farther). The configured range
     // keeps its meaning: -1000000 and 1000000 over that multiplier lie beyond 16 bits and are
     // held at -32767 and 32767.
-    QFile written(out);
-    ASSERT_TRUE(written.open(QIODevice::ReadOnly));
-    const QList<QByteArray> lines = written.readAll().split('\n');
+    const QList<QByteArray> lines = fileBytes(out).split('\n');
     ASSERT_GT(lines.size(), 4);
     const double expectedA[2] = {90000.0 / 32767.0, 70000.0 / 32767.0};
     for (int i = 0; i < 2; ++i) {
@@ -204,9 +198,7 @@ TEST(Convert, RescansTheValuesForAMultiplierThatFitsAndMapsTheConfiguredRange)
 
     // The raw samples, worked by hand as value × 32767 / reach rounded: the farthest value of each
     // channel takes the whole 16-bit range, and none is held at the limit short of its value.
-    QFile data(dir.filePath("out.dat"));
-    ASSERT_TRUE(data.open(QIODevice::ReadOnly));
-    const QByteArray bytes = data.readAll();
+    const QByteArray bytes = fileBytes(dir.filePath("out.dat"));
     ASSERT_EQ(bytes.size(), 6 * 12); // number, stamp, two 16-bit values
     auto rawAt = [&](int n, int channel) {
         const auto *p = reinterpret_cast<const unsigned char *>(bytes.constData()) + n * 12 + 8 + 2 * channel;
@@ -228,9 +220,7 @@ TEST(Convert, TheExtensionFileGoesWithThePair)
     put(dir.filePath("rec.inf"), "[TRWK Line_#1]\nDEV_ID=1,Bay 1\nLENGTH=17.5(km)\nTA_CHNS=1,0,0,0,1\n");
     const QString out = dir.filePath("copy.cfg");
     ASSERT_EQ(cli({"convert", input, out}).code, 0);
-    QFile copy(dir.filePath("copy.inf"));
-    ASSERT_TRUE(copy.open(QIODevice::ReadOnly));
-    const QByteArray text = copy.readAll();
+    const QByteArray text = fileBytes(dir.filePath("copy.inf"));
     EXPECT_NE(text.indexOf("[TRWK Line_#1]"), -1);
     EXPECT_NE(text.indexOf("LENGTH=17.500(km)"), -1) << text.toStdString();
 }

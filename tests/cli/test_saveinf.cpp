@@ -45,9 +45,7 @@ TEST(CliSaveInf, InfoShowsTheExtensionFileAndSaveInfWritesItBack)
     const QString out = dir.filePath("out.inf");
     const CliRun saved = cli({"save-inf", dir.filePath("rec.cfg"), out});
     ASSERT_EQ(saved.code, 0) << saved.err.constData();
-    QFile written(out);
-    ASSERT_TRUE(written.open(QIODevice::ReadOnly));
-    const QByteArray text = written.readAll();
+    const QByteArray text = fileBytes(out);
     EXPECT_TRUE(text.startsWith("[Public Record_Information]\r\nSource=Lab,TRWKINF_V2\r\n"));
     EXPECT_TRUE(text.endsWith("[xyz abc]\r\nk=v\r\n\r\n"));
     // Only the file named is written: the recording's own extension file is as it was.

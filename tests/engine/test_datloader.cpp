@@ -33,13 +33,9 @@ Lines Config(const Lines &analogLines, int statuses, const Lines &rates, const c
     lines.insert(lines.end(), analogLines.begin(), analogLines.end());
     for (int d = 1; d <= statuses; ++d)
         lines.push_back(std::to_string(d) + ",D" + std::to_string(d) + ",,,0");
-    lines.push_back("50");
-    lines.push_back(std::to_string(rates.size()));
+    lines.insert(lines.end(), {"50", std::to_string(rates.size())});
     lines.insert(lines.end(), rates.begin(), rates.end());
-    lines.push_back("01/02/2024,10:00:00.000000");
-    lines.push_back("01/02/2024,10:00:00.100000");
-    lines.push_back(ft);
-    lines.push_back(timeMult);
+    lines.insert(lines.end(), {"01/02/2024,10:00:00.000000", "01/02/2024,10:00:00.100000", ft, timeMult});
     return lines;
 }
 

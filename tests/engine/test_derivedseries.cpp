@@ -63,13 +63,6 @@ std::vector<float> Derive(const CCmtd99File &file, const CChnMapAnalog &chn, Ser
     return y;
 }
 
-SeriesJobParams Job(int kind)
-{
-    SeriesJobParams params;
-    params.kind = kind;
-    return params;
-}
-
 } // namespace
 
 TEST_F(Series, DeltaHeadsPeriodicSignalsAndRateChange)
@@ -81,7 +74,7 @@ TEST_F(Series, DeltaHeadsPeriodicSignalsAndRateChange)
     for (int i = 0; i < 600; ++i)
         ramp[size_t(i)] = float(i * i % 97);
     CChnMapAnalog &u = r.add(ramp);
-    SeriesJobParams mn = Job(SeriesJobDelta);
+    SeriesJobParams mn = SeriesJobParams{SeriesJobDelta};
     const std::vector<float> y = Derive(r.file, u, mn);
     for (int i : {0, 19, 200, 239})
         EXPECT_EQ(y[size_t(i)], 0.0f) << i;
@@ -118,7 +111,7 @@ TEST_F(Series, AverageStaysInItsSegmentAndHoldsWhereTooSlow)
     std::fill(x.begin() + 100, x.end(), 2.0f);
     x[320] = 50.0f;
     CChnMapAnalog &u = r.add(x);
-    const std::vector<float> y = Derive(r.file, u, Job(SeriesJobAverage));
+    const std::vector<float> y = Derive(r.file, u, SeriesJobParams{SeriesJobAverage});
     for (int i = 0; i < 100; ++i)
         EXPECT_EQ(y[size_t(i)], 1.0f) << i;
     for (int i = 100; i < 350; ++i)
@@ -130,8 +123,8 @@ TEST_F(Series, AverageStaysInItsSegmentAndHoldsWhereTooSlow)
     for (float &v : w)
         v += 3.0f;
     CChnMapAnalog &ua = s.add(w);
-    EXPECT_TRUE(NearRelative(Derive(s.file, ua, Job(SeriesJobAverage))[150], 3.0, 1e-5));
-    const SeriesJobTraits traits = SeriesJobResultTraits(ua, Job(SeriesJobAverage));
+    EXPECT_TRUE(NearRelative(Derive(s.file, ua, SeriesJobParams{SeriesJobAverage})[150], 3.0, 1e-5));
+    const SeriesJobTraits traits = SeriesJobResultTraits(ua, SeriesJobParams{SeriesJobAverage});
     EXPECT_EQ(traits.chnClass, 3);
     EXPECT_FALSE(traits.ac);
     EXPECT_TRUE(traits.direct);
@@ -143,7 +136,7 @@ TEST_F(Series, HarmonicCurveOnTwentyMillisecondWindows)
     // base wave's effective value is exact; 60 Hz windows (17 points) would miss it.
     MemoryRecording r({{1000.0f, 400}});
     CChnMapAnalog &u = r.add(Wave(400, 1000.0, 100.0), "V", 60.0f);
-    SeriesJobParams harm = Job(SeriesJobHarmonic);
+    SeriesJobParams harm = SeriesJobParams{SeriesJobHarmonic};
     EXPECT_TRUE(NearRelative(Derive(r.file, u, harm)[200], 100.0 / std::sqrt(2.0), 1e-5));
 
     // Order 3, real part: an AC channel at 150 Hz.
@@ -186,7 +179,7 @@ TEST_F(Series, HarmonicCurveOnSlowSegments)
     for (int i = 200; i < 260; ++i)
         x[size_t(i)] = float(i);
     CChnMapAnalog &u = r.add(x);
-    SeriesJobParams harm = Job(SeriesJobHarmonic);
+    SeriesJobParams harm = SeriesJobParams{SeriesJobHarmonic};
     EXPECT_EQ(Derive(r.file, u, harm)[230], 230.0f);
     harm.order = 2;
     EXPECT_EQ(Derive(r.file, u, harm)[230], 0.0f);
@@ -208,14 +201,15 @@ TEST_F(Series, FrequencyCurvesOfFlatDcAndWeakChannels)
         for (int kind : {SeriesJobFreqZeroCross, SeriesJobFreqDft}) {
             if (kind == SeriesJobFreqDft && chn != &zero && chn != &flat)
                 continue;
-            const std::vector<float> y = Derive(r.file, *chn, Job(kind));
+            const std::vector<float> y = Derive(r.file, *chn, SeriesJobParams{kind});
             for (int i = 0; i < 600; ++i)
                 ASSERT_EQ(y[size_t(i)], 50.0f) << kind << " " << i;
         }
     }
     // A strong 45 Hz voltage is measured.
     CChnMapAnalog &strong = r.add(Wave(600, 1000.0, 100.0, 45.0));
-    EXPECT_TRUE(NearRelative(Derive(r.file, strong, Job(SeriesJobFreqZeroCross))[300], 45.0, 2e-3));
+    EXPECT_TRUE(
+        NearRelative(Derive(r.file, strong, SeriesJobParams{SeriesJobFreqZeroCross})[300], 45.0, 2e-3));
 }
 
 TEST_F(Series, ZeroCrossCurveRefusesJumpsBeyondTwoPercent)
@@ -227,14 +221,14 @@ TEST_F(Series, ZeroCrossCurveRefusesJumpsBeyondTwoPercent)
     for (int i = 2000; i < 4000; ++i)
         x[size_t(i)] = float(100.0 * std::sin(2 * M_PI * 51.5 * (i - 2000) / 10000.0));
     CChnMapAnalog &u = r.add(x);
-    const std::vector<float> y = Derive(r.file, u, Job(SeriesJobFreqZeroCross));
+    const std::vector<float> y = Derive(r.file, u, SeriesJobParams{SeriesJobFreqZeroCross});
     for (int i = 0; i < 4000; ++i)
         ASSERT_EQ(y[size_t(i)], 50.0f) << i;
     // A step of 1.5% is followed.
     for (int i = 2000; i < 4000; ++i)
         x[size_t(i)] = float(100.0 * std::sin(2 * M_PI * 50.75 * (i - 2000) / 10000.0));
     CChnMapAnalog &v = r.add(x);
-    EXPECT_TRUE(NearRelative(Derive(r.file, v, Job(SeriesJobFreqZeroCross))[3500], 50.75, 1e-3));
+    EXPECT_TRUE(NearRelative(Derive(r.file, v, SeriesJobParams{SeriesJobFreqZeroCross})[3500], 50.75, 1e-3));
     const RateSegment segment{10000.0f, 0, 4000};
     EXPECT_EQ(ZeroCrossFilter(r.file.sampleTimes, segment, SourceOf(v), 3500, 200, 49.0f), 49.0f);
 }
@@ -258,7 +252,7 @@ TEST_F(Series, DftInsertEstimateAndCurve)
 
     // A 50 Hz wave: every value rests on the two cycles before it, the head repeats the first.
     CChnMapAnalog &u = r.add(Wave(600, 1000.0, 100.0));
-    const std::vector<float> y = Derive(r.file, u, Job(SeriesJobFreqDft));
+    const std::vector<float> y = Derive(r.file, u, SeriesJobParams{SeriesJobFreqDft});
     EXPECT_EQ(y[0], y[40]);
     EXPECT_EQ(y[599], y[596]);
     for (int i = 0; i < 600; ++i)
@@ -271,7 +265,7 @@ TEST_F(Series, OnePointDifferenceRestoresTheBaseWave)
     MemoryRecording r({{1000.0f, 200}, {450.0f, 260}});
     const std::vector<float> x = Wave(260, 1000.0, 100.0);
     CChnMapAnalog &u = r.add(x);
-    const std::vector<float> y = Derive(r.file, u, Job(SeriesJobOnePointDiff));
+    const std::vector<float> y = Derive(r.file, u, SeriesJobParams{SeriesJobOnePointDiff});
     for (int i = 1; i < 200; ++i)
         ASSERT_NEAR(y[size_t(i)], 100.0 * std::cos(2 * M_PI * 50 * (i - 0.5) / 1000.0), 1e-3) << i;
     EXPECT_EQ(y[0], y[1]); // the worker's form
@@ -310,7 +304,7 @@ TEST_F(Series, HammingTapsOddEvenAndSingle)
     std::vector<float> x(300, 4.0f);
     x[0] = 0.0f;
     CChnMapAnalog &u = r.add(x);
-    SeriesJobParams hamm = Job(SeriesJobHamming);
+    SeriesJobParams hamm = SeriesJobParams{SeriesJobHamming};
     hamm.endFreq = 50.0f;
     hamm.length = 8;
     const std::vector<float> y = Derive(r.file, u, hamm);

@@ -59,25 +59,16 @@ std::string writeQuirkRecording(const TempRecording &dir, const char *start = "0
 // A 2013 FLOAT32 recording of one channel "Ifault" holding `values`, 1 kHz, no status channel.
 std::string writeFloatRecording(const TempRecording &dir, const std::vector<float> &values)
 {
-    QByteArray bytes;
+    std::string bytes;
     for (size_t n = 0; n < values.size(); ++n) {
-        const int32_t head[2] = {int32_t(n + 1), int32_t(n * 1000)};
-        bytes.append(reinterpret_cast<const char *>(head), 8);
-        bytes.append(reinterpret_cast<const char *>(&values[n]), 4);
+        PutLE(bytes, int32_t(n + 1));
+        PutLE(bytes, int32_t(n * 1000));
+        PutLE(bytes, values[n]);
     }
-    QFile dat(QString::fromStdString(dir.path("float.dat")));
-    EXPECT_TRUE(dat.open(QIODevice::WriteOnly));
-    dat.write(bytes);
-    dat.close();
+    dir.writeBytes("float.dat", bytes);
     return dir.write("float.cfg", {"S,R,2013", "1,1A,0D", "1,Ifault,A,,A,1,0,0,-1,1,1,1,S", "50", "1",
                                    "1000," + std::to_string(values.size()), "01/02/2024,10:00:00.000000",
                                    "01/02/2024,10:00:00.000000", "FLOAT32", "1", "0,0", "0,0"});
-}
-
-QByteArray fileBytes(const std::string &path)
-{
-    QFile file(QString::fromStdString(path));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 // Checks a copy against the recording it came from: the description, the times, the status
@@ -203,7 +194,7 @@ TEST(ExactCopy, ExtremeFloatsAndTheFullAsciiRangeSurvive)
     ASSERT_TRUE(LoadRecording(ascii, wide));
     ASSERT_EQ(SaveExactCopy(ascii, QString::fromStdString(dir.path("w2.cfg")), {}, &error),
               ExactCopyResult::Written);
-    const QList<QByteArray> lines = fileBytes(dir.path("w2.dat")).trimmed().split('\n');
+    const QList<QByteArray> lines = QByteArray::fromStdString(dir.read("w2.dat")).trimmed().split('\n');
     ASSERT_EQ(lines.size(), 7);
     for (int n = 0; n < 7; ++n)
         EXPECT_EQ(lines[n].split(',').value(2).toInt(), raws[n]) << n;
@@ -262,7 +253,7 @@ TEST(ExactCopy, ValuesThatAreNoNumbersBecomeMarkersOrRefuseTheCopy)
 
     // 2013: the form's marker. Records are number, stamp and one value.
     auto valueAt = [&](const char *name, int width, int n) {
-        const QByteArray bytes = fileBytes(dir.path(name));
+        const QByteArray bytes = QByteArray::fromStdString(dir.read(name));
         uint32_t v = 0;
         std::memcpy(&v, bytes.constData() + n * (8 + width) + 8, size_t(width));
         return v;
@@ -284,7 +275,7 @@ TEST(ExactCopy, ValuesThatAreNoNumbersBecomeMarkersOrRefuseTheCopy)
     EXPECT_TRUE(std::isnan(f));
     ASSERT_EQ(SaveExactCopy(file, QString::fromStdString(dir.path("ma.cfg")), {"ASCII", 2013}, &error),
               ExactCopyResult::Written);
-    const QList<QByteArray> lines = fileBytes(dir.path("ma.dat")).split('\n');
+    const QList<QByteArray> lines = QByteArray::fromStdString(dir.read("ma.dat")).split('\n');
     EXPECT_EQ(lines.value(6), QByteArray("7,6000,"));
     EXPECT_EQ(lines.value(5), QByteArray("6,5000,2")); // 1.5 with the kept multiplier 1
     // A 32-bit form in a 1999 recording does not exist.

@@ -88,37 +88,27 @@ TEST_F(ExtFile, BayFillsChannelsStatusKindsAndOneLineUnit)
     ASSERT_TRUE(Load(kBayExt));
     EXPECT_EQ(MessageLines(rec.extMessages), std::vector<std::string>{});
 
-    // Channel lines: kind, ratings and units, and every bit of what they give.
-    const CmtdChn_Analog &ua = *rec.FindAnalogChannel(1);
-    EXPECT_EQ(ua.typeCode, "TV");
+    // Channel lines give kind, ratings and units; UB has none and takes the busbar's second pair
+    // (kV turned into V), IB the line's second pair (fields 23 to 30).
+    const CmtdChn_Analog &ua = *rec.FindAnalogChannel(1), &ub = *rec.FindAnalogChannel(2);
     EXPECT_EQ(ua.flags & 0xFE8000u, 0xFE8000u);
-    EXPECT_EQ(ua.primaryRating, 110.0f);
-    EXPECT_EQ(ua.secondaryRating, 100.0f);
-    EXPECT_EQ(ua.secondaryUnit, "V");
-    EXPECT_EQ(rec.FindAnalogChannel(3)->typeCode, "TA");
-    EXPECT_EQ(rec.FindAnalogChannel(3)->secondaryRating, 5.0f);
-
-    // UB has no channel line: it takes the busbar's second pair, kV turned into V.
-    const CmtdChn_Analog &ub = *rec.FindAnalogChannel(2);
+    EXPECT_EQ((std::vector<QByteArray>{ua.typeCode, ua.secondaryUnit, rec.FindAnalogChannel(3)->typeCode,
+                                       ub.primaryUnit, ub.secondaryUnit}),
+              (std::vector<QByteArray>{"TV", "V", "TA", "kV", "V"}));
     EXPECT_TRUE(ub.HasRatings());
-    EXPECT_EQ(ub.primaryRating, 110.0f);
-    EXPECT_EQ(ub.primaryUnit, "kV");
-    EXPECT_EQ(ub.secondaryRating, 100000.0f);
-    EXPECT_EQ(ub.secondaryUnit, "V");
-    // IB takes the line's second pair (fields 23 to 30).
-    EXPECT_EQ(rec.FindAnalogChannel(4)->primaryRating, 1200.0f);
-    EXPECT_EQ(rec.FindAnalogChannel(4)->secondaryRating, 1.0f);
+    EXPECT_EQ(
+        (std::vector<float>{ua.primaryRating, ua.secondaryRating, rec.FindAnalogChannel(3)->secondaryRating,
+                            ub.primaryRating, ub.secondaryRating, rec.FindAnalogChannel(4)->primaryRating,
+                            rec.FindAnalogChannel(4)->secondaryRating}),
+        (std::vector<float>{110, 100, 5, 110, 100000, 1200, 1}));
 
     // Status kinds: phase only where absent; the list of an unknown line is passed over.
     const CmtdChn_Status &tripA = *rec.FindStatusChannel(1);
-    EXPECT_EQ(tripA.typeCode, "Jump_A");
-    EXPECT_EQ(tripA.signalClass, "Relay_Act");
-    EXPECT_EQ(tripA.ph, "A");
-    EXPECT_EQ(tripA.ccbm, "Feeder");
-    EXPECT_EQ(rec.FindStatusChannel(2)->typeCode, "Jump_ABC");
-    EXPECT_EQ(rec.FindStatusChannel(2)->ph, "");
-    EXPECT_EQ(rec.FindStatusChannel(3)->typeCode, "Send");
-    EXPECT_EQ(rec.FindStatusChannel(3)->signalClass, "");
+    EXPECT_EQ(
+        (std::vector<QByteArray>{tripA.typeCode, tripA.signalClass, tripA.ph, tripA.ccbm,
+                                 rec.FindStatusChannel(2)->typeCode, rec.FindStatusChannel(2)->ph,
+                                 rec.FindStatusChannel(3)->typeCode, rec.FindStatusChannel(3)->signalClass}),
+        (std::vector<QByteArray>{"Jump_A", "Relay_Act", "A", "Feeder", "Jump_ABC", "", "Send", ""}));
     for (int i = 1; i <= 3; ++i)
         EXPECT_EQ(rec.FindStatusChannel(i)->flags & 0x180u, 0x180u) << i;
 
@@ -133,45 +123,18 @@ TEST_F(ExtFile, BayFillsChannelsStatusKindsAndOneLineUnit)
     EXPECT_EQ(line.tvCount, 1);
     EXPECT_EQ(line.tvChns[0], (ChannelSet{1, 2, 0, 0}));
     EXPECT_EQ(line.statusChannels, (std::vector<uint16_t>{1, 2, 3}));
-    // length, x1, x0, r1, r0, c1, c0, mutual R and X, g1, g0
-    EXPECT_EQ(line.length, 50.0f);
-    EXPECT_EQ(line.x1, 0.4f);
-    EXPECT_EQ(line.x0, 1.2f);
-    EXPECT_EQ(line.r1, 0.05f);
-    EXPECT_EQ(line.r0, 0.3f);
-    EXPECT_EQ(line.c0, 0.005f);
-    EXPECT_EQ(line.mutualX, 0.1f);
-    EXPECT_EQ(line.g0, 0.002f);
-    EXPECT_EQ(line.reactor, 2.5f);
+    EXPECT_EQ((std::vector<float>{line.length, line.x1, line.x0, line.r1, line.r0, line.c0, line.mutualX,
+                                  line.g0, line.reactor}),
+              (std::vector<float>{50, 0.4f, 1.2f, 0.05f, 0.3f, 0.005f, 0.1f, 0.002f, 2.5f}));
     EXPECT_EQ(ExtMadeUnitCount(rec), 1);
-}
 
-TEST_F(ExtFile, ReaderKeepsRevisionRecordsAndLineTypes)
-{
+    // The reader alone keeps the revision and the lines that make no unit.
     EXPECT_EQ(Read(kBayExt), CCmtd99File::ReadDone);
     EXPECT_EQ(file.revision, 2);
     EXPECT_TRUE(file.sampled);
-    ASSERT_EQ(file.busbars.size(), 1u);
-    EXPECT_EQ(file.busbars[0].pairs[3].secondary, 100000.0f);
     ASSERT_EQ(file.lines.size(), 3u);
     EXPECT_EQ(file.lines[1].lineType, 4);
-    EXPECT_EQ(file.lines[0].statusCount, 3);
     EXPECT_EQ(file.dualLineCount, 1);
-    EXPECT_EQ(file.statusKinds, (std::map<int32_t, int32_t>{{1, 25}, {2, 28}, {3, 38}}));
-    EXPECT_EQ(file.channels.size(), 2u);
-
-    // A revision below 1 counts as 1; a name is cut to 48 bytes, a unit to 8.
-    const std::string longName(60, 'N');
-    CmtdExtFile other;
-    LoadMessageList notes;
-    const Lines odd = {"COMTRADE_EXT,x,R0", "NO",  "0,0,0,0",
-                       "0,0,0,0",           "1,0", "1," + longName + ",1,0,0,0,1,kilovolts,1,V"};
-    EXPECT_EQ(other.Load(dir.write("odd.ext", odd).c_str(), 4, notes), CCmtd99File::ReadDone);
-    EXPECT_EQ(other.revision, 1);
-    EXPECT_FALSE(other.sampled);
-    ASSERT_EQ(other.busbars.size(), 1u);
-    EXPECT_EQ(other.busbars[0].name, QByteArray(48, 'N'));
-    EXPECT_EQ(other.busbars[0].primaryUnit, "kilovolt");
 }
 
 TEST_F(ExtFile, RefusalsGiveTheirMessageAndResult)
@@ -231,6 +194,16 @@ TEST_F(ExtFile, RefusalsGiveTheirMessageAndResult)
     EXPECT_EQ(file.busbars.size(), 1u);
     EXPECT_EQ(file.busbars[0].id, 0);
     EXPECT_EQ(file.channels.size(), 1u);
+
+    // A revision below 1 counts as 1; a name is cut to 48 bytes, a unit to 8.
+    EXPECT_EQ(Read({"COMTRADE_EXT,x,R0", "NO", "0,0,0,0", "0,0,0,0", "1,0",
+                    "1," + std::string(60, 'N') + ",1,0,0,0,1,kilovolts,1,V"}),
+              CCmtd99File::ReadDone);
+    EXPECT_EQ(file.revision, 1);
+    EXPECT_FALSE(file.sampled);
+    ASSERT_EQ(file.busbars.size(), 1u);
+    EXPECT_EQ(file.busbars[0].name, QByteArray(48, 'N'));
+    EXPECT_EQ(file.busbars[0].primaryUnit, "kilovolt");
 }
 
 TEST_F(ExtFile, InfSectionsGoFirstAndVersionTwoLeavesTheExtUnread)

@@ -76,10 +76,7 @@ struct FaultPair
 TEST(FaultLoc, LineModelAtBothEndsOfTheLine)
 {
     FaultSolver s;
-    s.line.length = 300;
-    s.line.R1 = 0.03;
-    s.line.X1 = 0.3;
-    s.line.C1 = 0.012;
+    s.line = FaultLine{300, 0.03, 0.3, 0.012};
     s.SetLinePoint(0);
     EXPECT_EQ(s.Z.re, 0.0);
     EXPECT_EQ(s.Z.im, 0.0);

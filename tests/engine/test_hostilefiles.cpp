@@ -55,10 +55,8 @@ Lines Config(const char *revision, const char *counts, const char *nrates, const
                    "01/02/2024,10:00:00.000000",
                    ft,
                    "1"};
-    if (std::strcmp(revision, "2013") == 0) {
-        lines.push_back("0,0");
-        lines.push_back("0,0");
-    }
+    if (std::strcmp(revision, "2013") == 0)
+        lines.insert(lines.end(), {"0,0", "0,0"});
     return lines;
 }
 

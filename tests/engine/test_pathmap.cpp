@@ -18,56 +18,40 @@ protected:
     CCmtd99File rec;
 };
 
-TEST_F(PathMap, ReadsCompleteEntriesAndTheLongestContainedRootWins)
+TEST_F(PathMap, ReadsCompleteEntriesLongestRootWinsAndSavesBack)
 {
-    const std::string ini = dir.write("map.ini", {
-                                                     "[TRWK_CFG_MAP]",
-                                                     "ROOT_PATH=/data/site",
-                                                     "TCFG_FILE=site.tcfg",
-                                                     "[trwk_cfg_map]",
-                                                     "root_path=/data/site/bay1",
-                                                     "TCGP_FILE=bay1.tcgp",
-                                                     "[TRWK_CFG_MAP]",
-                                                     "ROOT_PATH=/only/root", // no file: dropped
-                                                     "[Other]",
-                                                     "ROOT_PATH=/other",
-                                                     "TCFG_FILE=o.tcfg",
-                                                     "[TRWK_CFG_MAP]",
-                                                     "ROOT_PATH=/DATA/SITE", // as long as the first
-                                                     "TCFG_FILE=second.tcfg",
-                                                     "VENDOR=skipped",
-                                                 });
+    // A section without a file is dropped, another section's keys are not read, and the third
+    // root is as long as the first.
+    const std::string ini = dir.write(
+        "map.ini", {"[TRWK_CFG_MAP]", "ROOT_PATH=/data/site", "TCFG_FILE=site.tcfg", "[trwk_cfg_map]",
+                    "root_path=/data/site/bay1", "TCGP_FILE=bay1.tcgp", "[TRWK_CFG_MAP]",
+                    "ROOT_PATH=/only/root", "[Other]", "ROOT_PATH=/other", "TCFG_FILE=o.tcfg",
+                    "[TRWK_CFG_MAP]", "ROOT_PATH=/DATA/SITE", "TCFG_FILE=second.tcfg", "VENDOR=skipped"});
     ASSERT_EQ(LoadPathMapFrom(QByteArray::fromStdString(ini)), 3);
     const std::vector<PathMapEntry> &map = PathMapEntries();
     EXPECT_EQ(map[0].rootPath, "/DATA/SITE");
     EXPECT_EQ(map[1].rootPath, "/DATA/SITE/BAY1");
     EXPECT_EQ(map[1].groupFile, "bay1.tcgp");
-    EXPECT_EQ(map[1].settingsFile, "");
 
-    auto found = [](const char *path) -> const PathMapEntry * { return findPathMapEntry(path); };
-    EXPECT_EQ(found("/data/site/bay1/2021/rec.cfg"), &map[1]);  // the longer root
-    EXPECT_EQ(found("/data/site/bay2/rec.cfg"), &map[0]);       // equal length: first in the file
-    EXPECT_EQ(found("/mnt/backup/Data/Site/rec.cfg"), &map[0]); // anywhere in the path, any case
-    EXPECT_EQ(found("/data/sit/rec.cfg"), nullptr);
-    EXPECT_EQ(found("/other/rec.cfg"), nullptr);
+    EXPECT_EQ(findPathMapEntry("/data/site/bay1/2021/rec.cfg"), &map[1]);  // the longer root
+    EXPECT_EQ(findPathMapEntry("/data/site/bay2/rec.cfg"), &map[0]);       // equal length: the first
+    EXPECT_EQ(findPathMapEntry("/mnt/backup/Data/Site/rec.cfg"), &map[0]); // anywhere, any case
+    EXPECT_EQ(findPathMapEntry("/data/sit/rec.cfg"), nullptr);
+    EXPECT_EQ(findPathMapEntry("/other/rec.cfg"), nullptr);
     // Only the first 511 bytes of a path are looked at.
-    EXPECT_EQ(found((std::string(511, 'x') + "/data/site").c_str()), nullptr);
-    EXPECT_EQ(found((std::string(501, 'x') + "/data/site").c_str()), &map[0]);
+    EXPECT_EQ(findPathMapEntry((std::string(511, 'x') + "/data/site").c_str()), nullptr);
+    EXPECT_EQ(findPathMapEntry((std::string(501, 'x') + "/data/site").c_str()), &map[0]);
 
     EXPECT_EQ(LoadPathMapFrom(QByteArray::fromStdString(dir.path("missing.ini"))), 0);
     EXPECT_TRUE(PathMapEntries().empty());
-    EXPECT_EQ(findPathMapEntry("/data/site/rec.cfg"), nullptr);
-}
 
-TEST_F(PathMap, SavedMapReadsBackAsWritten)
-{
+    // What is saved reads back as written.
     PathMapEntries() = {{"/A/B", "s.tcfg", ""}, {"/C", "", "g.tcgp"}};
-    const QByteArray ini = QByteArray::fromStdString(dir.path("TRWKCFGMAP.INI"));
-    ASSERT_EQ(SavePathMapTo(ini), 2);
+    const QByteArray saved = QByteArray::fromStdString(dir.path("TRWKCFGMAP.INI"));
+    ASSERT_EQ(SavePathMapTo(saved), 2);
     EXPECT_EQ(dir.read("TRWKCFGMAP.INI"), "[TRWK_CFG_MAP]\nROOT_PATH=/A/B\nTCFG_FILE=s.tcfg\nTCGP_FILE=\n\n"
                                           "[TRWK_CFG_MAP]\nROOT_PATH=/C\nTCFG_FILE=\nTCGP_FILE=g.tcgp\n\n");
-    ASSERT_EQ(LoadPathMapFrom(ini), 2);
-    EXPECT_EQ(PathMapEntries()[1].groupFile, "g.tcgp");
+    EXPECT_EQ(LoadPathMapFrom(saved), 2);
     EXPECT_EQ(SavePathMapTo(QByteArray::fromStdString(dir.path("no/such/folder/map.ini"))), 0);
 }
 

@@ -37,27 +37,22 @@ void expectZ(const ComplexD &z, const Cplx &expected)
 class RxRows : public PhasorSwitchesRestored
 {
 protected:
+    // Phase voltages of 60, group 1 currents of 5, group 2 currents of 2, 1 and 0.5 (peaks).
+    static constexpr double kU[3] = {0, -120, 120}, kI1[3] = {-60, 160, 80}, kI2[3] = {-30, -150, 90};
+    static constexpr double kM2[3] = {2.0, 1.0, 0.5};
     RxRows() : rec({{1000.0f, 200}})
     {
-        const double u[3] = {0, -120, 120};
-        for (int p = 0; p < 3; ++p)
-            object.chnU[p] = &rec.add(sine(60.0, u[p]));
-        const double i1[3] = {-60, 160, 80};
-        for (int p = 0; p < 3; ++p)
-            object.chnI[0][p] = &rec.add(sine(5.0, i1[p]), "A");
-        const double i2[3] = {-30, -150, 90};
-        const double m2[3] = {2.0, 1.0, 0.5};
-        for (int p = 0; p < 3; ++p)
-            object.chnI[1][p] = &rec.add(sine(m2[p], i2[p]), "A");
+        for (int p = 0; p < 3; ++p) {
+            object.chnU[p] = &rec.add(sine(60.0, kU[p]));
+            object.chnI[0][p] = &rec.add(sine(5.0, kI1[p]), "A");
+            object.chnI[1][p] = &rec.add(sine(kM2[p], kI2[p]), "A");
+        }
         object.pRecording = &rec.file;
         object.nMask = RxObject::AllRows;
     }
-    Cplx U(int p) const { return polar(60, p == 0 ? 0 : p == 1 ? -120 : 120); }
-    Cplx I1(int p) const { return polar(5, p == 0 ? -60 : p == 1 ? 160 : 80); }
-    Cplx I2(int p) const
-    {
-        return polar(p == 0 ? 2.0L : p == 1 ? 1.0L : 0.5L, p == 0 ? -30 : p == 1 ? -150 : 90);
-    }
+    Cplx U(int p) const { return polar(60, kU[p]); }
+    Cplx I1(int p) const { return polar(5, kI1[p]); }
+    Cplx I2(int p) const { return polar(kM2[p], kI2[p]); }
 
     MemoryRecording rec;
     RxObject object;

@@ -50,7 +50,7 @@ using StatusEventList = RecordingTest;
 
 } // namespace
 
-TEST_F(StatusEventList, TwoRateRecordingInTimeOrder)
+TEST_F(StatusEventList, TwoRateRecordingInTimeOrderAndBasePoints)
 {
     CCmtd99File file;
     ASSERT_TRUE(LoadRecording(file, WriteTwoRateRecording(dir)));
@@ -59,7 +59,7 @@ TEST_F(StatusEventList, TwoRateRecordingInTimeOrder)
     // By hand: the step into the second segment still takes the period of the first, so samples
     // 0..6 lie one millisecond apart and the rest two (sample 9 at 6 + 3 * 2 = 12 ms). The
     // bounce at sample 1 is gone; at sample 9 Trip comes first.
-    struct Expected
+    const struct
     {
         int sample;
         int64_t timeUs;
@@ -82,12 +82,8 @@ TEST_F(StatusEventList, TwoRateRecordingInTimeOrder)
     }
     // The bounce is filled in on the bits as well.
     EXPECT_EQ(file.statusMaps[1]->Bit(1), 0);
-}
 
-TEST_F(StatusEventList, BasePoints)
-{
-    CCmtd99File file;
-    ASSERT_TRUE(LoadRecording(file, WriteTwoRateRecording(dir)));
+    // Base points.
     int64_t base = -1;
     // T0 is the trigger, 100 ms after the first sample, though no sample falls on it.
     ASSERT_TRUE(StatusBaseTime(file, StatusBaseTripT0, 0, base));

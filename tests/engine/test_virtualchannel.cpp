@@ -20,13 +20,6 @@ namespace {
 
 using VirtualWriters = InfPairTest;
 
-SeriesJobParams Job(int kind)
-{
-    SeriesJobParams params;
-    params.kind = kind;
-    return params;
-}
-
 CChnMapAnalog *Make(CCmtd99File &file, const char *name)
 {
     QString message;
@@ -93,25 +86,28 @@ TEST(VirtualChannel, JobOnAVirtualSourceClosingStepsAndStop)
     CCmtd99File &file = ramp.r.file;
     // Next cycle minus this one on a ramp: 20 from the second cycle on ...
     CChnMapAnalog *first = Make(file, "D1");
-    DescribeVirtualChannel(*first, *ramp.source, Job(SeriesJobDelta));
+    DescribeVirtualChannel(*first, *ramp.source, SeriesJobParams{SeriesJobDelta});
     first->flags = 0x2 | 0x80 | 0x400;
-    EXPECT_TRUE(RunVirtualChannelJob(file, *first, *ramp.source, Job(SeriesJobDelta), nullptr, nullptr));
+    EXPECT_TRUE(
+        RunVirtualChannelJob(file, *first, *ramp.source, SeriesJobParams{SeriesJobDelta}, nullptr, nullptr));
     EXPECT_EQ(first->Value(19), 0.0f);
     EXPECT_EQ(first->Value(599), 20.0f);
     EXPECT_EQ(first->maxValue, 20.0f);
     EXPECT_EQ(first->flags, 0x2u);
     // ... and of that, 20 over the second cycle only; the real channel stays the file's.
     CChnMapAnalog *second = Make(file, "D2");
-    DescribeVirtualChannel(*second, *first, Job(SeriesJobDelta));
-    EXPECT_TRUE(RunVirtualChannelJob(file, *second, *first, Job(SeriesJobDelta), nullptr, nullptr));
+    DescribeVirtualChannel(*second, *first, SeriesJobParams{SeriesJobDelta});
+    EXPECT_TRUE(
+        RunVirtualChannelJob(file, *second, *first, SeriesJobParams{SeriesJobDelta}, nullptr, nullptr));
     EXPECT_EQ(second->config->deviceIndex, ramp.source->Index());
     EXPECT_EQ(second->Value(39), 20.0f);
     EXPECT_EQ(second->Value(40), 0.0f);
 
     // A mean is a DC quantity in a scale group of its own.
     CChnMapAnalog *mean = Make(file, "UA DC-Part");
-    DescribeVirtualChannel(*mean, *ramp.source, Job(SeriesJobAverage));
-    EXPECT_TRUE(RunVirtualChannelJob(file, *mean, *ramp.source, Job(SeriesJobAverage), nullptr, nullptr));
+    DescribeVirtualChannel(*mean, *ramp.source, SeriesJobParams{SeriesJobAverage});
+    EXPECT_TRUE(
+        RunVirtualChannelJob(file, *mean, *ramp.source, SeriesJobParams{SeriesJobAverage}, nullptr, nullptr));
     file.BuildScaleGroups(); // what the frame does when the job has ended
     EXPECT_EQ(mean->Class(), ClassDCV);
     EXPECT_FALSE(mean->IsAC());
@@ -122,7 +118,8 @@ TEST(VirtualChannel, JobOnAVirtualSourceClosingStepsAndStop)
 
     // Stopped at the 30th sample: D2 taken again keeps samples 20 to 49 and nothing earlier.
     int polls = 0;
-    EXPECT_FALSE(RunVirtualChannelJob(file, *second, *ramp.source, Job(SeriesJobDelta), StopAt30, &polls));
+    EXPECT_FALSE(
+        RunVirtualChannelJob(file, *second, *ramp.source, SeriesJobParams{SeriesJobDelta}, StopAt30, &polls));
     EXPECT_EQ(second->Value(49), 20.0f);
     EXPECT_EQ(second->Value(50), 0.0f);
     EXPECT_EQ(second->minValue, 0.0f);
@@ -139,8 +136,9 @@ TEST_F(VirtualWriters, SavesAndCopiesLeaveThemOut)
     ASSERT_TRUE(Load({"[Public Record_Information]"}));
     ASSERT_TRUE(rec.LoadDat(dir.path("rec.cfg").c_str(), nullptr, nullptr));
     CChnMapAnalog *virt = Make(rec, "IA Delta (MN)");
-    DescribeVirtualChannel(*virt, *rec.analogMaps[0], Job(SeriesJobDelta));
-    ASSERT_TRUE(RunVirtualChannelJob(rec, *virt, *rec.analogMaps[0], Job(SeriesJobDelta), nullptr, nullptr));
+    DescribeVirtualChannel(*virt, *rec.analogMaps[0], SeriesJobParams{SeriesJobDelta});
+    ASSERT_TRUE(RunVirtualChannelJob(rec, *virt, *rec.analogMaps[0], SeriesJobParams{SeriesJobDelta}, nullptr,
+                                     nullptr));
 
     // A version 2 ".inf" makes a channel of every channel section: none may be extra.
     ASSERT_TRUE(rec.SaveFile(dir.path("saved.cfg").c_str()));
