@@ -8,8 +8,20 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <memory>
 #include <vector>
+
+// `count` samples at `rate` of dc + amplitude · sin(2π · freq · t + degrees).
+inline std::vector<float> Sine(int count, double rate, double amplitude, double degrees = 0.0,
+                               double freq = 50.0, double dc = 0.0)
+{
+    std::vector<float> x(static_cast<size_t>(count));
+    for (int i = 0; i < count; ++i)
+        x[size_t(i)] =
+            static_cast<float>(dc + amplitude * std::sin(2 * M_PI * freq * i / rate + degrees * M_PI / 180));
+    return x;
+}
 
 // A recording built in memory: one or more rate segments and analog channels of given samples.
 class MemoryRecording

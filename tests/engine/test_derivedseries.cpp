@@ -20,14 +20,6 @@ namespace {
 
 using Series = PhasorSwitchesRestored;
 
-std::vector<float> Wave(int count, double rate, double amplitude, double freq = 50.0, double degrees = 0.0)
-{
-    std::vector<float> x(static_cast<size_t>(count));
-    for (int i = 0; i < count; ++i)
-        x[size_t(i)] = float(amplitude * std::sin(2 * M_PI * freq * i / rate + degrees * M_PI / 180));
-    return x;
-}
-
 // A cycle of `n` samples repeated: every cycle equal bit for bit, the second half of a cycle
 // the negative of the first.
 std::vector<float> Periodic(int count, int n, double amplitude)
@@ -119,7 +111,7 @@ TEST_F(Series, AverageStaysInItsSegmentAndHoldsWhereTooSlow)
 
     // The mean of a cycle of a sine on 3.0 is 3.0; the channel becomes a DC voltage.
     MemoryRecording s({{1000.0f, 200}});
-    std::vector<float> w = Wave(200, 1000.0, 100.0);
+    std::vector<float> w = Sine(200, 1000.0, 100.0);
     for (float &v : w)
         v += 3.0f;
     CChnMapAnalog &ua = s.add(w);
@@ -135,7 +127,7 @@ TEST_F(Series, HarmonicCurveOnTwentyMillisecondWindows)
     // A 50 Hz wave on a channel rated 60 Hz: the windows still span 20 ms (20 points), so the
     // base wave's effective value is exact; 60 Hz windows (17 points) would miss it.
     MemoryRecording r({{1000.0f, 400}});
-    CChnMapAnalog &u = r.add(Wave(400, 1000.0, 100.0), "V", 60.0f);
+    CChnMapAnalog &u = r.add(Sine(400, 1000.0, 100.0), "V", 60.0f);
     SeriesJobParams harm = SeriesJobParams{SeriesJobHarmonic};
     EXPECT_TRUE(NearRelative(Derive(r.file, u, harm)[200], 100.0 / std::sqrt(2.0), 1e-5));
 
@@ -154,7 +146,7 @@ TEST_F(Series, HarmonicCurveOnTwentyMillisecondWindows)
     dftWin = 2;
     harm.order = 1;
     harm.part = HarmonicReal;
-    const std::vector<float> x = Wave(400, 1000.0, 100.0, 50.0, 30.0);
+    const std::vector<float> x = Sine(400, 1000.0, 100.0, 30.0, 50.0);
     CChnMapAnalog &v = r.add(x);
     const std::vector<float> y = Derive(r.file, v, harm);
     long double s = 0, c = 0;
@@ -175,7 +167,7 @@ TEST_F(Series, HarmonicCurveOnSlowSegments)
     // At 100 Hz no window fits: the base wave copies the source, a harmonic is zero and the DC
     // part holds.
     MemoryRecording r({{1000.0f, 200}, {100.0f, 260}});
-    std::vector<float> x = Wave(260, 1000.0, 10.0);
+    std::vector<float> x = Sine(260, 1000.0, 10.0);
     for (int i = 200; i < 260; ++i)
         x[size_t(i)] = float(i);
     CChnMapAnalog &u = r.add(x);
@@ -195,8 +187,8 @@ TEST_F(Series, FrequencyCurvesOfFlatDcAndWeakChannels)
     SetTimes(r.file);
     CChnMapAnalog &zero = r.add(std::vector<float>(600, 0.0f));
     CChnMapAnalog &flat = r.add(std::vector<float>(600, 100.0f));
-    CChnMapAnalog &dc = r.add(Wave(600, 1000.0, 100.0, 45.0), "mV");
-    CChnMapAnalog &weak = r.add(Wave(600, 1000.0, 6.0, 45.0)); // 4.2 V effective
+    CChnMapAnalog &dc = r.add(Sine(600, 1000.0, 100.0, 0.0, 45.0), "mV");
+    CChnMapAnalog &weak = r.add(Sine(600, 1000.0, 6.0, 0.0, 45.0)); // 4.2 V effective
     for (const CChnMapAnalog *chn : {&zero, &flat, &dc, &weak}) {
         for (int kind : {SeriesJobFreqZeroCross, SeriesJobFreqDft}) {
             if (kind == SeriesJobFreqDft && chn != &zero && chn != &flat)
@@ -207,7 +199,7 @@ TEST_F(Series, FrequencyCurvesOfFlatDcAndWeakChannels)
         }
     }
     // A strong 45 Hz voltage is measured.
-    CChnMapAnalog &strong = r.add(Wave(600, 1000.0, 100.0, 45.0));
+    CChnMapAnalog &strong = r.add(Sine(600, 1000.0, 100.0, 0.0, 45.0));
     EXPECT_TRUE(
         NearRelative(Derive(r.file, strong, SeriesJobParams{SeriesJobFreqZeroCross})[300], 45.0, 2e-3));
 }
@@ -238,7 +230,7 @@ TEST_F(Series, DftInsertEstimateAndCurve)
     MemoryRecording r({{1000.0f, 600}});
     SetTimes(r.file);
     // The estimate from the phase step, summed independently with the rectangle-cosine kernel.
-    const std::vector<float> x = Wave(600, 1000.0, 100.0, 50.3, 10.0);
+    const std::vector<float> x = Sine(600, 1000.0, 100.0, 10.0, 50.3);
     long double re[2] = {0, 0}, im[2] = {0, 0};
     const long double w = static_cast<long double>(6.2831855f) / 20;
     for (int c = 0; c < 2; ++c) {
@@ -251,7 +243,7 @@ TEST_F(Series, DftInsertEstimateAndCurve)
     EXPECT_TRUE(NearRelative(TwoCycleFreq(x.data(), 20, 1, 50.0), double((d / (2 * M_PI) + 1) * 50), 1e-9));
 
     // A 50 Hz wave: every value rests on the two cycles before it, the head repeats the first.
-    CChnMapAnalog &u = r.add(Wave(600, 1000.0, 100.0));
+    CChnMapAnalog &u = r.add(Sine(600, 1000.0, 100.0));
     const std::vector<float> y = Derive(r.file, u, SeriesJobParams{SeriesJobFreqDft});
     EXPECT_EQ(y[0], y[40]);
     EXPECT_EQ(y[599], y[596]);
@@ -263,7 +255,7 @@ TEST_F(Series, OnePointDifferenceRestoresTheBaseWave)
 {
     // 20 points per cycle: the difference of A·sin is A·cos half a sample back.
     MemoryRecording r({{1000.0f, 200}, {450.0f, 260}});
-    const std::vector<float> x = Wave(260, 1000.0, 100.0);
+    const std::vector<float> x = Sine(260, 1000.0, 100.0);
     CChnMapAnalog &u = r.add(x);
     const std::vector<float> y = Derive(r.file, u, SeriesJobParams{SeriesJobOnePointDiff});
     for (int i = 1; i < 200; ++i)
@@ -319,12 +311,12 @@ TEST_F(Series, HammingTapsOddEvenAndSingle)
 TEST_F(Series, ExpressionCurvesOfSinesAndSlowSegments)
 {
     MemoryRecording r({{1000.0f, 400}, {100.0f, 450}});
-    std::vector<float> a = Wave(450, 1000.0, 100.0, 50.0, 0.0);
-    std::vector<float> b = Wave(450, 1000.0, 100.0, 50.0, -120.0);
-    std::vector<float> c = Wave(450, 1000.0, 100.0, 50.0, 120.0);
-    std::vector<float> i1 = Wave(450, 1000.0, 10.0, 50.0, -30.0); // lags by 30 degrees
-    std::vector<float> h3 = Wave(450, 1000.0, 100.0);
-    const std::vector<float> third = Wave(450, 1000.0, 20.0, 150.0);
+    std::vector<float> a = Sine(450, 1000.0, 100.0, 0.0, 50.0);
+    std::vector<float> b = Sine(450, 1000.0, 100.0, -120.0, 50.0);
+    std::vector<float> c = Sine(450, 1000.0, 100.0, 120.0, 50.0);
+    std::vector<float> i1 = Sine(450, 1000.0, 10.0, -30.0, 50.0); // lags by 30 degrees
+    std::vector<float> h3 = Sine(450, 1000.0, 100.0);
+    const std::vector<float> third = Sine(450, 1000.0, 20.0, 0.0, 150.0);
     for (size_t k = 0; k < h3.size(); ++k)
         h3[k] += third[k];
     const SeriesSource ua = SourceOf(r.add(a));

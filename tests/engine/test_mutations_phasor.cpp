@@ -19,15 +19,6 @@
 
 namespace {
 
-// 100 × sin(2π × 50 Hz × t), sampled at `rate` from t = 0.
-std::vector<float> Sine50(int count, double rate)
-{
-    std::vector<float> x(static_cast<size_t>(count));
-    for (int i = 0; i < count; ++i)
-        x[size_t(i)] = static_cast<float>(100.0 * std::sin(2 * M_PI * 50.0 * i / rate));
-    return x;
-}
-
 double Degrees(const ComplexD &p)
 {
     return std::atan2(p.im, p.re) * 180.0 / M_PI;
@@ -59,7 +50,7 @@ TEST_F(PhasorMutations, TrueEffectiveValueSpansExactlyOneCycle)
     EXPECT_TRUE(NearRelative(out, std::sqrt(285.0 / 10.0), 1e-12));
 
     // A whole cycle of a sine of amplitude 100 is 100 / sqrt(2); a cycle and one sample is not.
-    CChnMapAnalog &sine = r.add(Sine50(100, 1000.0));
+    CChnMapAnalog &sine = r.add(Sine(100, 1000.0, 100.0));
     EXPECT_EQ(RealEffectiveAt(r.file, nullptr, &sine, 3, out), EffectiveValue);
     EXPECT_TRUE(NearRelative(out, 100.0 / std::sqrt(2.0), 1e-6));
 }
@@ -71,7 +62,7 @@ TEST_F(PhasorMutations, CursorPhasorTurnsForwardFromTheSegmentStart)
     // on by 37 samples, 37 × 360° / 200 = 66.6°, the angle of the sine at the cursor itself.
     // The second segment starts at 1000, which is 5 whole cycles on: the same angle again.
     MemoryRecording r({{10000.0f, 1000}, {10000.0f, 2000}});
-    CChnMapAnalog &u = r.add(Sine50(2000, 10000.0));
+    CChnMapAnalog &u = r.add(Sine(2000, 10000.0, 100.0));
     for (int cursor : {37, 1037}) {
         const ChnCursorValue v = ChnCursorValueAt(r.file, u, cursor);
         ASSERT_TRUE(v.flags & ChnCursorValue::HasPhasor) << cursor;
@@ -87,7 +78,7 @@ TEST_F(PhasorMutations, PhaseCompensationTurnsTheFundamentalByTheTableAngle)
     // value reads entry 0. The uncompensated phasor of a sine from the window start is 100∠0;
     // compensated it is 100∠+0.3 rad: re = 100 cos 0.3, im = 100 sin 0.3.
     MemoryRecording r({{1000.0f, 100}});
-    CChnMapAnalog &u = r.add(Sine50(100, 1000.0));
+    CChnMapAnalog &u = r.add(Sine(100, 1000.0, 100.0));
     u.config->a = 1.0f;
     u.config->b = 0.0f;
     u.config->min = -32767.0f;

@@ -19,16 +19,6 @@
 
 namespace {
 
-std::vector<float> Sine(int count, double rate, double amplitude, double degrees, double freq = 50.0,
-                        double dc = 0.0)
-{
-    std::vector<float> x(static_cast<size_t>(count));
-    for (int i = 0; i < count; ++i)
-        x[size_t(i)] =
-            static_cast<float>(dc + amplitude * std::sin(2 * M_PI * freq * i / rate + degrees * M_PI / 180));
-    return x;
-}
-
 // The kernels as their definition reads, with sine and cosine per term; the trapezoid pairs
 // are summed in double, so a pair rounded to a 32-bit float on its way shows.
 ComplexD Definition(int method, const float *x, int count, int k, int step)

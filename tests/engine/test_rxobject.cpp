@@ -12,15 +12,6 @@ using Cplx = std::complex<long double>;
 
 namespace {
 
-// 200 samples at 1 kHz of a 50 Hz sine of peak `amp` and phase `deg`.
-std::vector<float> sine(double amp, double deg)
-{
-    std::vector<float> x(200);
-    for (size_t n = 0; n < x.size(); ++n)
-        x[n] = float(amp * std::sin(2 * M_PI * 50.0 * double(n) / 1000.0 + deg * M_PI / 180.0));
-    return x;
-}
-
 Cplx polar(long double amp, long double deg)
 {
     return std::polar(amp, deg * 3.14159265358979323846L / 180.0L);
@@ -43,9 +34,9 @@ protected:
     RxRows() : rec({{1000.0f, 200}})
     {
         for (int p = 0; p < 3; ++p) {
-            object.chnU[p] = &rec.add(sine(60.0, kU[p]));
-            object.chnI[0][p] = &rec.add(sine(5.0, kI1[p]), "A");
-            object.chnI[1][p] = &rec.add(sine(kM2[p], kI2[p]), "A");
+            object.chnU[p] = &rec.add(Sine(200, 1000.0, 60.0, kU[p]));
+            object.chnI[0][p] = &rec.add(Sine(200, 1000.0, 5.0, kI1[p]), "A");
+            object.chnI[1][p] = &rec.add(Sine(200, 1000.0, kM2[p], kI2[p]), "A");
         }
         object.pRecording = &rec.file;
         object.nMask = RxObject::AllRows;
