@@ -60,6 +60,23 @@ std::string TempRecording::read(const char *name) const
     return text.str();
 }
 
+std::vector<std::string> RecordingConfig(const std::vector<std::string> &analogLines, int statuses,
+                                         const std::vector<std::string> &rates, const char *ft,
+                                         const char *timeMult)
+{
+    const int analogs = static_cast<int>(analogLines.size());
+    std::vector<std::string> lines = {"S,R,1999", std::to_string(analogs + statuses) + "," +
+                                                      std::to_string(analogs) + "A," +
+                                                      std::to_string(statuses) + "D"};
+    lines.insert(lines.end(), analogLines.begin(), analogLines.end());
+    for (int d = 1; d <= statuses; ++d)
+        lines.push_back(std::to_string(d) + ",D" + std::to_string(d) + ",,,0");
+    lines.insert(lines.end(), {"50", std::to_string(rates.size())});
+    lines.insert(lines.end(), rates.begin(), rates.end());
+    lines.insert(lines.end(), {"01/02/2024,10:00:00.000000", "01/02/2024,10:00:00.100000", ft, timeMult});
+    return lines;
+}
+
 std::vector<std::string> MessageLines(const LoadMessageList &messages)
 {
     std::vector<std::string> lines;

@@ -46,6 +46,12 @@ inline bool LoadRecording(CCmtd99File &file, const std::string &path)
     return file.LoadFile(path.c_str()) && file.LoadDat(path.c_str(), nullptr, nullptr);
 }
 
+// A 1999 ".cfg" of the given analog lines, `statuses` status channels "D1", "D2" ... and rate
+// lines, its start 100 ms before the trigger.
+std::vector<std::string> RecordingConfig(const std::vector<std::string> &analogLines, int statuses,
+                                         const std::vector<std::string> &rates, const char *ft = "BINARY",
+                                         const char *timeMult = "1");
+
 // A message list as "line: text" strings, so that a failing comparison prints readably.
 std::vector<std::string> MessageLines(const LoadMessageList &messages);
 

@@ -22,23 +22,6 @@ struct Record
     uint16_t status;
 };
 
-// A .cfg of `analogs` lines and `statuses` status channels, 1999 form, start 100 ms before
-// the trigger.
-Lines Config(const Lines &analogLines, int statuses, const Lines &rates, const char *ft = "BINARY",
-             const char *timeMult = "1")
-{
-    const int analogs = static_cast<int>(analogLines.size());
-    Lines lines = {"S,R,1999", std::to_string(analogs + statuses) + "," + std::to_string(analogs) + "A," +
-                                   std::to_string(statuses) + "D"};
-    lines.insert(lines.end(), analogLines.begin(), analogLines.end());
-    for (int d = 1; d <= statuses; ++d)
-        lines.push_back(std::to_string(d) + ",D" + std::to_string(d) + ",,,0");
-    lines.insert(lines.end(), {"50", std::to_string(rates.size())});
-    lines.insert(lines.end(), rates.begin(), rates.end());
-    lines.insert(lines.end(), {"01/02/2024,10:00:00.000000", "01/02/2024,10:00:00.100000", ft, timeMult});
-    return lines;
-}
-
 const char *kPlainChannel = "1,UA,,,V,1,0,0,-32767,32767,1,1,S";
 
 // Binary records numbered on from `number`: number, stamp, the analog values, one status word.
@@ -84,9 +67,9 @@ public:
 TEST_F(DatLoad, ScalesToSecondaryUnitsWithoutPrefixAndKeepsTheLoadersExtremes)
 {
     // kV in primary values through 110 kV / 100 V: stored as secondary volts.
-    const std::string cfg = dir.write(
-        "r.cfg", Config({"1,UA,A,,kV,0.5,1,0,-32767,32767,110,0.1,P", "2,IB,,,A,2,0,0,-32767,32767,600,1,S"},
-                        1, {"1000,6"}));
+    const std::string cfg = dir.write("r.cfg", RecordingConfig({"1,UA,A,,kV,0.5,1,0,-32767,32767,110,0.1,P",
+                                                                "2,IB,,,A,2,0,0,-32767,32767,600,1,S"},
+                                                               1, {"1000,6"}));
     std::vector<Record> records;
     const int16_t ua[] = {10, 20, -5, 30, -40, 0};
     const int16_t ib[] = {1, 2, 3, 4, 5, 6}; // steadily rising
@@ -118,8 +101,8 @@ TEST_F(DatLoad, LongBinaryChannelExtremesAndReportsAfterWholeSamples)
     // 1000 samples: a rise over the first 300, then values that jump about; the extremes follow
     // the rule walked here sample by sample.
     constexpr int kCount = 1000;
-    const std::string cfg = dir.write(
-        "r.cfg", Config({"1,UA,,,V,0.5,0,0,-32767,32767,1,1,S"}, 1, {"1000," + std::to_string(kCount)}));
+    const std::string cfg = dir.write("r.cfg", RecordingConfig({"1,UA,,,V,0.5,0,0,-32767,32767,1,1,S"}, 1,
+                                                               {"1000," + std::to_string(kCount)}));
     std::vector<Record> records;
     std::vector<float> expected;
     float high = -9999999.0f;
@@ -182,7 +165,7 @@ TEST_F(DatLoad, LongBinaryChannelExtremesAndReportsAfterWholeSamples)
 
 TEST_F(DatLoad, LengthOfTheDataFileAgainstThePromisedCount)
 {
-    const std::string cfg = dir.write("r.cfg", Config({kPlainChannel}, 1, {"1000,10"}));
+    const std::string cfg = dir.write("r.cfg", RecordingConfig({kPlainChannel}, 1, {"1000,10"}));
 
     dir.writeBytes("r.dat", Binary(Ramp(11, -100000, 1000)));
     Recording longer(cfg);
@@ -210,7 +193,7 @@ TEST_F(DatLoad, LengthOfTheDataFileAgainstThePromisedCount)
 
 TEST_F(DatLoad, TimeStampsCountFromTheTriggerWhicheverWayTheRecorderCounted)
 {
-    const std::string cfg = dir.write("r.cfg", Config({kPlainChannel}, 1, {"1000,6"}));
+    const std::string cfg = dir.write("r.cfg", RecordingConfig({kPlainChannel}, 1, {"1000,6"}));
     // From the start of the recording: shifted by start minus trigger (100 ms).
     dir.writeBytes("r.dat", Binary(Ramp(6, 0, 1000)));
     Recording fromStart(cfg);
@@ -224,13 +207,14 @@ TEST_F(DatLoad, TimeStampsCountFromTheTriggerWhicheverWayTheRecorderCounted)
     EXPECT_EQ(fromTrigger.file.triggerIndex, 2);
 
     // All stamps equal: unusable, the times follow the rates from start minus trigger.
-    const std::string twoRates = dir.write("q.cfg", Config({kPlainChannel}, 1, {"1000,3", "500,6"}));
+    const std::string twoRates = dir.write("q.cfg", RecordingConfig({kPlainChannel}, 1, {"1000,3", "500,6"}));
     dir.writeBytes("q.dat", Binary(Ramp(6, 0, 0)));
     Recording fromRates(twoRates);
     EXPECT_EQ(Times(fromRates.file), (std::vector<int64_t>{-100000, -99000, -98000, -97000, -95000, -93000}));
 
     // The multiplier scales the stamps, rounded half away from zero.
-    const std::string scaled = dir.write("m.cfg", Config({kPlainChannel}, 1, {"1000,6"}, "BINARY", "0.5"));
+    const std::string scaled =
+        dir.write("m.cfg", RecordingConfig({kPlainChannel}, 1, {"1000,6"}, "BINARY", "0.5"));
     dir.writeBytes("m.dat", Binary(Ramp(6, -3, 1)));
     Recording halves(scaled);
     EXPECT_EQ(Times(halves.file), (std::vector<int64_t>{-2, -1, -1, 0, 1, 1}));
@@ -238,7 +222,7 @@ TEST_F(DatLoad, TimeStampsCountFromTheTriggerWhicheverWayTheRecorderCounted)
 
 TEST_F(DatLoad, StatusChangesPulsesAndColours)
 {
-    const std::string cfg = dir.write("r.cfg", Config({kPlainChannel}, 3, {"1000,10"}));
+    const std::string cfg = dir.write("r.cfg", RecordingConfig({kPlainChannel}, 3, {"1000,10"}));
     std::vector<Record> records = Ramp(10, -5000, 1000);
     // D1 rises at 3 and stays; D2 has a one-sample pulse at 6; D3 never changes.
     for (int n = 0; n < 10; ++n)
@@ -266,7 +250,7 @@ TEST_F(DatLoad, StatusChangesPulsesAndColours)
 
 TEST_F(DatLoad, AsciiFormSkipsShortLinesAndCanBeCancelled)
 {
-    const std::string cfg = dir.write("r.cfg", Config({kPlainChannel}, 1, {"1000,8"}, "ASCII"));
+    const std::string cfg = dir.write("r.cfg", RecordingConfig({kPlainChannel}, 1, {"1000,8"}, "ASCII"));
     dir.write("r.dat", {"1,-2000,10,0", "", "// a comment line", "2,-1000,+0011,1", "3,0", "3,0,12,1",
                         "4,1000,-13,0", "5,2000,14,0", "6,3000,15,0", "7,4000,16,1", "8,5000,17,0"});
     Recording r(cfg);
@@ -298,7 +282,7 @@ TEST_F(DatLoad, AsciiFormSkipsShortLinesAndCanBeCancelled)
 TEST_F(DatLoad, FindsTheFormAndThePartsOfASplitFile)
 {
     // A type line that lies: a first int32 of 1 (the first sample number) means binary.
-    const std::string cfg = dir.write("r.cfg", Config({kPlainChannel}, 1, {"1000,6"}, "xyz"));
+    const std::string cfg = dir.write("r.cfg", RecordingConfig({kPlainChannel}, 1, {"1000,6"}, "xyz"));
     const std::vector<Record> records = Ramp(6, -1000, 1000);
     dir.writeBytes("r.d00", Binary({records.begin(), records.begin() + 4}));
     std::vector<Record> tail(records.begin() + 4, records.end());
@@ -318,7 +302,7 @@ TEST_F(DatLoad, FindsTheFormAndThePartsOfASplitFile)
     EXPECT_EQ(r.file.analogMaps[0]->Value(5), 5.0f);
     EXPECT_TRUE(std::ifstream(dir.path("r.dat")).good()); // the joined file stays beside its parts
 
-    const std::string none = dir.write("n.cfg", Config({kPlainChannel}, 1, {"1000,6"}));
+    const std::string none = dir.write("n.cfg", RecordingConfig({kPlainChannel}, 1, {"1000,6"}));
     Recording missing(none);
     EXPECT_FALSE(missing.ok);
     EXPECT_EQ(missing.file.datMessages.back().text, "(.dat) file not exist!");
@@ -326,9 +310,9 @@ TEST_F(DatLoad, FindsTheFormAndThePartsOfASplitFile)
 
 TEST_F(DatLoad, WritingBackRoundTripsWithinTheQuantisation)
 {
-    const std::string cfg = dir.write(
-        "r.cfg", Config({"1,UA,,,V,0.01,0,0,-32767,32767,1,1,S", "2,IA,,,A,0.001,0.5,0,-32767,32767,1,1,S"},
-                        2, {"1000,6"}, "ASCII"));
+    const std::string cfg = dir.write("r.cfg", RecordingConfig({"1,UA,,,V,0.01,0,0,-32767,32767,1,1,S",
+                                                                "2,IA,,,A,0.001,0.5,0,-32767,32767,1,1,S"},
+                                                               2, {"1000,6"}, "ASCII"));
     dir.write("r.dat", {"1,-2000,100,-200,0,1", "2,-1000,-32000,32000,1,1", "3,0,5,7,1,0", "4,1000,0,0,0,0",
                         "5,2000,1,-1,0,1", "6,3000,2,2,1,1"});
     Recording ascii(cfg);
@@ -354,8 +338,8 @@ TEST_F(DatLoad, WritingBackRoundTripsWithinTheQuantisation)
 
     // A stored value carries the unit prefix inside it, so a kV channel comes out of the file
     // scaled by 1000, and the multiplier is widened until its extreme fits 16 bits.
-    const std::string kilo =
-        dir.write("k.cfg", Config({"1,UA,,,kV,0.01,0,0,-32767,32767,1,1,S"}, 0, {"1000,5"}, "ASCII"));
+    const std::string kilo = dir.write(
+        "k.cfg", RecordingConfig({"1,UA,,,kV,0.01,0,0,-32767,32767,1,1,S"}, 0, {"1000,5"}, "ASCII"));
     dir.write("k.dat", {"1,0,100", "2,1,-100", "3,2,0", "4,3,50", "5,4,1"});
     Recording k(kilo);
     ASSERT_TRUE(k.ok);

@@ -15,24 +15,6 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-// A 1999 .cfg in ASCII form with the given analog lines and one status channel, start 100 ms
-// before the trigger, time multiplier 1.
-Lines AsciiConfig(const Lines &analogLines, const Lines &rates)
-{
-    const int analogs = static_cast<int>(analogLines.size());
-    Lines lines = {"S,R,1999", std::to_string(analogs + 1) + "," + std::to_string(analogs) + "A,1D"};
-    lines.insert(lines.end(), analogLines.begin(), analogLines.end());
-    lines.push_back("1,D1,,,0");
-    lines.push_back("50");
-    lines.push_back(std::to_string(rates.size()));
-    lines.insert(lines.end(), rates.begin(), rates.end());
-    lines.push_back("01/02/2024,10:00:00.000000");
-    lines.push_back("01/02/2024,10:00:00.100000");
-    lines.push_back("ASCII");
-    lines.push_back("1");
-    return lines;
-}
-
 // One ASCII line per stamp, one analog value 0 and the status bit 0.
 Lines StampLines(const std::vector<int> &stamps)
 {
@@ -54,9 +36,9 @@ TEST_F(AsciiMutations, ExtremesFollowTheEitherOrRuleOverScaledValues)
     // IB: a = 2, b = 0, raw 1..6 rising: every sample raises the max, so the min never moves.
     // IC: a = 1, b = 0, raw falling 6..1: the first sample raises the max, the rest lower the min.
     const std::string cfg = dir.write(
-        "r.cfg", AsciiConfig({"1,UA,,,V,0.5,1,0,-32767,32767,1,1,S", "2,IB,,,A,2,0,0,-32767,32767,1,1,S",
-                              "3,IC,,,A,1,0,0,-32767,32767,1,1,S"},
-                             {"1000,6"}));
+        "r.cfg", RecordingConfig({"1,UA,,,V,0.5,1,0,-32767,32767,1,1,S", "2,IB,,,A,2,0,0,-32767,32767,1,1,S",
+                                  "3,IC,,,A,1,0,0,-32767,32767,1,1,S"},
+                                 1, {"1000,6"}, "ASCII"));
     dir.write("r.dat", {"1,-100000,5,1,6,0", "2,-99000,-3,2,5,0", "3,-98000,7,3,4,0", "4,-97000,2,4,3,0",
                         "5,-96000,-8,5,2,0", "6,-95000,4,6,1,0"});
     CCmtd99File file;
@@ -94,10 +76,10 @@ TEST_F(AsciiMutations, DeclaredRawLimitsGiveTheRangeInStoredUnits)
     //   gain = 2 × (0.1 / 10) × 1000 = 20, offset = 3 × (0.1 / 10) × 1000 = 30,
     //   so -100 × 20 + 30 = -1970 and 200 × 20 + 30 = 4030 (secondary volts).
     // IC: the offset alone moves the range: a = 1, b = -7, limits 0..10 give -7..3.
-    const std::string cfg =
-        dir.write("r.cfg", AsciiConfig({"1,UA,,,V,0.5,1,0,-100,200,1,1,S",
-                                        "2,UB,,,kV,2,3,0,-100,200,10,0.1,P", "3,IC,,,A,1,-7,0,0,10,1,1,S"},
-                                       {"1000,5"}));
+    const std::string cfg = dir.write(
+        "r.cfg", RecordingConfig({"1,UA,,,V,0.5,1,0,-100,200,1,1,S", "2,UB,,,kV,2,3,0,-100,200,10,0.1,P",
+                                  "3,IC,,,A,1,-7,0,0,10,1,1,S"},
+                                 1, {"1000,5"}, "ASCII"));
     dir.write("r.dat", {"1,-100000,0,0,0,0", "2,-99000,0,0,0,0", "3,-98000,0,0,0,0", "4,-97000,0,0,0,0",
                         "5,-96000,0,0,0,0"});
     CCmtd99File file;
@@ -122,7 +104,8 @@ TEST_F(AsciiMutations, StampJitterAgainstTheFivePercentRule)
     // One spacing of 953 µs reads 1e6 / 953 = 1049.3 Hz, 4.93 % off: still the same rate, so one
     // segment of all 8 samples. A spacing of 951 µs reads 1051.5 Hz, 5.15 % off: a segment
     // {1000 Hz, end 3} closes at sample 3, and the spacings of 951 µs after it run to 8.
-    const std::string cfg = dir.write("r.cfg", AsciiConfig({"1,UA,,,V,1,0,0,-32767,32767,1,1,S"}, {"0,8"}));
+    const std::string cfg =
+        dir.write("r.cfg", RecordingConfig({"1,UA,,,V,1,0,0,-32767,32767,1,1,S"}, 1, {"0,8"}, "ASCII"));
     dir.write("r.dat", StampLines({0, 1000, 2000, 2953, 3953, 4953, 5953, 6953}));
     CCmtd99File within;
     ASSERT_TRUE(LoadRecording(within, cfg));
