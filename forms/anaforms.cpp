@@ -1,5 +1,6 @@
 #include "anaforms.h"
 
+#include "anaformchngrprx.h"
 #include "anaformchngrpseq.h"
 #include "anaformchngrpstaevn.h"
 #include "anaformchngrpvec.h"
@@ -15,6 +16,8 @@ CAnaFormPanel *makeAnaForm(int number, CCmtdChildFrame *frame, CCmtdChildContain
         return new CAnaFormChnGrpVec(number, frame, page);
     case 8:
         return new CAnaFormChnGrpSeq(number, frame, page);
+    case 10:
+        return new CAnaFormChnGrpRx(number, frame, page);
     case 12:
         return new CAnaFormChnGrpStaEvn(number, frame, page);
     case 13:

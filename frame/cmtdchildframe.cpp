@@ -268,7 +268,7 @@ void CCmtdChildFrame::progressEvent(const CCmtdEventProgress &event)
         updateActions();
         break;
     case 2:
-        finishJob();
+        finishJob(event.a);
         break;
     case 3:
         Q_EMIT m_document.displayChanged();
@@ -303,7 +303,7 @@ void CCmtdChildFrame::progressEvent(const CCmtdEventProgress &event)
     }
 }
 
-void CCmtdChildFrame::finishJob()
+void CCmtdChildFrame::finishJob(int kind)
 {
     if (backgroundState() & StateLoading) {
         const int points = m_file.loadedPoints;
@@ -341,6 +341,8 @@ void CCmtdChildFrame::finishJob()
                 QMetaObject::invokeMethod(
                     this, [this] { showAnaForm(12); }, Qt::QueuedConnection);
         }
+    } else if (kind == CCmtdThread::KindRxTrace) {
+        m_anaContainer->refreshCurrentForm();
     } else {
         // A derived channel has its extent; the recording takes its channel ordering (scale
         // groups) and the views their summaries anew, here where the views read them.
@@ -357,6 +359,7 @@ void CCmtdChildFrame::finishJob()
     Q_EMIT menusChanged(this);
     updateActions();
     updateCursorTexts();
+    Q_EMIT jobEnded(kind);
 }
 
 void CCmtdChildFrame::showNotices()

@@ -129,6 +129,10 @@ public:
     void setZoomMode(int mode);
     void setModified(bool modified);
 
+Q_SIGNALS:
+    // A job of the worker has ended and written its last value (kind as submitted).
+    void jobEnded(int kind);
+
 protected:
     void closeEvent(QCloseEvent *event) override;
     void customEvent(QEvent *event) override;
@@ -139,7 +143,7 @@ private:
     void createToolBar();
     void retranslate();
     void progressEvent(const CCmtdEventProgress &event);
-    void finishJob();
+    void finishJob(int kind);
     void showSpan();
     void showNotices();
 
@@ -212,6 +216,7 @@ private:
     void slot_WaveShowAnaSeq();
     void slot_WaveShowAnaStaEvn();
     void slot_CoordinateXY();
+    void slot_WaveShowAnaRX();
 
     QAction *m_actions[ActionCount] = {};
     QComboBox *unitSelector = nullptr;

@@ -173,6 +173,7 @@ void CCmtdChildFrame::createActions()
         {ActAnaSeq, &CCmtdChildFrame::slot_WaveShowAnaSeq},
         {ActAnaStaEvn, &CCmtdChildFrame::slot_WaveShowAnaStaEvn},
         {ActCoordinateXY, &CCmtdChildFrame::slot_CoordinateXY},
+        {ActAnaRX, &CCmtdChildFrame::slot_WaveShowAnaRX},
     };
     for (const auto &w : working) {
         m_actions[w.id]->setProperty("works", true);
@@ -601,6 +602,11 @@ void CCmtdChildFrame::slot_WaveShowAnaStaEvn()
 void CCmtdChildFrame::slot_CoordinateXY()
 {
     showAnaForm(13);
+}
+
+void CCmtdChildFrame::slot_WaveShowAnaRX()
+{
+    showAnaForm(10);
 }
 
 void CCmtdChildFrame::hideUnrelated(const std::vector<CChnMapBase *> &related)

@@ -80,7 +80,7 @@ void CCmtdThread::run()
         report(owner, 1, 0, 0);
         if (job >= 2 && job <= 19)
             runJob(job, argument);
-        report(owner, 2, 0, 0);
+        report(owner, 2, job, 0);
         if (job == KindQuit)
             return;
         // Free the slot unless a quit was stored over the job while it ran.
@@ -99,6 +99,11 @@ void CCmtdThread::runJob(int job, void *argument)
             RunVirtualChannelJob(owner->recordingForJob(), *work->target, *work->source, work->params, report,
                                  owner);
         delete work;
+        return;
+    }
+    if (job == KindRxTrace) {
+        if (auto *work = static_cast<RxTraceJob *>(argument))
+            work->complete = RxComputeTraces(*work->object, work->lo, work->hi, report, owner);
         return;
     }
     if (job == KindLoad) {

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstdint>
 
+#include "rxobject.h"
 #include "seriesjob.h"
 
 class CChnMapAnalog;
@@ -20,8 +21,19 @@ struct VirtualChannelJob
     const CChnMapAnalog *source = nullptr;
 };
 
+// The argument of job 13: the impedance traces of `object` between samples lo and hi. The form
+// that asks owns it and must not touch the object until the job has ended; the worker sets
+// `complete` when the whole range was computed (not stopped).
+struct RxTraceJob
+{
+    RxObject *object = nullptr;
+    int lo = 0;
+    int hi = 0;
+    bool complete = false;
+};
+
 // Progress of a job, posted from the worker to its frame. Event type 1000; `code` is the
-// report code (1 started, 2 ended, 3 repaint, 9 range, 10 progress, 11 increment).
+// report code (1 started, 2 ended with the job's kind in `a`, 3 repaint, 9 range, 10 progress, 11 increment).
 class CCmtdEventProgress : public QEvent
 {
 public:
@@ -51,7 +63,8 @@ public:
     {
         KindNone = 0,
         KindQuit = 1,
-        KindLoad = 2
+        KindLoad = 2,
+        KindRxTrace = 13
     };
 
     explicit CCmtdThread(CCmtdChildFrame *owner);

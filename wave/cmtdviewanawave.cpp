@@ -495,6 +495,8 @@ bool CCmtdViewAnaWave::onKeyPress(QKeyEvent *event)
         return trigger(CCmtdDocument::ActAnaSeq);
     case Qt::Key_H:
         return trigger(CCmtdDocument::ActAnaHm);
+    case Qt::Key_R:
+        return trigger(CCmtdDocument::ActAnaRX);
     case Qt::Key_S:
         return trigger(CCmtdDocument::ActAnaStaEvn);
     case Qt::Key_T:

@@ -1,4 +1,5 @@
 #include "anaformbase.h"
+#include "channelcombo.h"
 
 #include "anaviewbase.h"
 #include "chnmap.h"
@@ -19,28 +20,6 @@
 #include <QTreeWidget>
 
 #include <algorithm>
-
-namespace {
-
-const char *classIcon(int chnClass)
-{
-    switch (chnClass) {
-    case ClassACV:
-        return ":/images/ChnClassACV.png";
-    case ClassACC:
-        return ":/images/ChnClassACC.png";
-    case ClassDCV:
-        return ":/images/ChnClassDCV.png";
-    case ClassDCC:
-        return ":/images/ChnClassDCC.png";
-    case ClassFreq:
-        return ":/images/ChnClassFreq.png";
-    default:
-        return ":/images/ChnClassUnk.png";
-    }
-}
-
-} // namespace
 
 CAnaFormBase::CAnaFormBase(int number, CCmtdChildFrame *frame, CCmtdChildContainerAna *container)
     : m_pContainer(container), m_pFrame(frame), m_nNumber(number)
@@ -176,7 +155,7 @@ void CAnaFormBase::fillChnTree(QTreeWidget *tree) const
         item->setData(0, Qt::UserRole, QVariant::fromValue(quintptr(chn)));
         const int chnClass =
             chn->chnType == CChnMapBase::TypeAnalog ? static_cast<CChnMapAnalog *>(chn)->Class() : 0;
-        item->setIcon(0, QIcon(QString::fromLatin1(classIcon(chnClass))));
+        item->setIcon(0, ChannelClassIcon(chnClass));
     }
 }
 

@@ -1,7 +1,7 @@
 #include "anaformchngrpseqdlgreset.h"
 #include "dialogbuttons.h"
 
-#include "anaformbase.h"
+#include "channelcombo.h"
 #include "chnmap.h"
 #include "chntext.h"
 #include "cmtd99file.h"
@@ -13,15 +13,6 @@
 #include <QGroupBox>
 #include <QMessageBox>
 #include <QVBoxLayout>
-
-namespace {
-
-CChnMapAnalog *channelAt(const QComboBox *combo)
-{
-    return reinterpret_cast<CChnMapAnalog *>(combo->currentData().value<quintptr>());
-}
-
-} // namespace
 
 CAnaFormChnGrpSeqDlgReset::CAnaFormChnGrpSeqDlgReset(const CCmtd99File &file, uint32_t displayFlags,
                                                      const Group &voltages, const Group &currents,
@@ -51,15 +42,7 @@ QWidget *CAnaFormChnGrpSeqDlgReset::makeGroup(const QString &title, char letter,
     auto *form = new QFormLayout(box);
     for (size_t p = 0; p < 3; ++p) {
         auto *combo = new QComboBox(box);
-        combo->addItem(tr("[Choose Nothing]"), QVariant::fromValue(quintptr(0)));
-        for (const auto &map : m_file.analogMaps) {
-            if (map->Class() != chnClass)
-                continue;
-            combo->addItem(CAnaFormBase::channelName(*map, displayFlags),
-                           QVariant::fromValue(quintptr(map.get())));
-            if (map.get() == chosen[p])
-                combo->setCurrentIndex(combo->count() - 1);
-        }
+        FillChannelCombo(combo, m_file, displayFlags, chosen[p], chnClass);
         form->addRow(QStringLiteral("%1%2").arg(QLatin1Char(letter)).arg(QLatin1Char(char('a' + p))), combo);
         combos[p] = combo;
     }
@@ -68,14 +51,14 @@ QWidget *CAnaFormChnGrpSeqDlgReset::makeGroup(const QString &title, char letter,
 
 CAnaFormChnGrpSeqDlgReset::Group CAnaFormChnGrpSeqDlgReset::chosenOf(const Combos &combos)
 {
-    return {channelAt(combos[0]), channelAt(combos[1]), channelAt(combos[2])};
+    return {ComboChannel(combos[0]), ComboChannel(combos[1]), ComboChannel(combos[2])};
 }
 
 int CAnaFormChnGrpSeqDlgReset::maskOf(const Combos &combos)
 {
     int mask = 0;
     for (size_t p = 0; p < 3; ++p) {
-        if (channelAt(combos[p]))
+        if (ComboChannel(combos[p]))
             mask |= 1 << p;
     }
     return mask;
@@ -83,17 +66,12 @@ int CAnaFormChnGrpSeqDlgReset::maskOf(const Combos &combos)
 
 void CAnaFormChnGrpSeqDlgReset::fillFromPhaseA(const Combos &combos)
 {
-    CChnMapAnalog *first = channelAt(combos[0]);
+    CChnMapAnalog *first = ComboChannel(combos[0]);
     if (!first)
         return;
     const Group group = ThreePhaseGroup(m_file, first);
-    for (size_t p = 1; p < 3; ++p) {
-        if (!group[p])
-            continue;
-        const int at = combos[p]->findData(QVariant::fromValue(quintptr(group[p])));
-        if (at >= 0)
-            combos[p]->setCurrentIndex(at);
-    }
+    for (size_t p = 1; p < 3; ++p)
+        SelectComboChannel(combos[p], group[p]);
 }
 
 void CAnaFormChnGrpSeqDlgReset::slot_cmbUaSelChanged(int)

@@ -2,6 +2,7 @@
 #include "dialogbuttons.h"
 
 #include "anaformbase.h"
+#include "channelcombo.h"
 #include "chnmap.h"
 #include "cmtd99file.h"
 
@@ -21,11 +22,6 @@
 
 namespace {
 
-CChnMapAnalog *channelAt(const QComboBox *combo)
-{
-    return reinterpret_cast<CChnMapAnalog *>(combo->currentData().value<quintptr>());
-}
-
 void paintColourButton(QPushButton *button, uint32_t colour)
 {
     QPixmap swatch(24, 12);
@@ -44,15 +40,8 @@ CAnaFormCoordinateXYDlgReset::CAnaFormCoordinateXYDlgReset(const CCmtd99File &fi
     setWindowIcon(QIcon(QStringLiteral(":/images/CoordinateXY.png")));
     auto *group = new QGroupBox(tr("Choose Channels"), this);
     auto *form = new QFormLayout(group);
-    for (QComboBox *combo : {m_x, m_y}) {
-        combo->addItem(tr("[Choose Nothing]"), QVariant::fromValue(quintptr(0)));
-        for (const auto &map : file.analogMaps) {
-            combo->addItem(CAnaFormBase::channelName(*map, displayFlags),
-                           QVariant::fromValue(quintptr(map.get())));
-            if (map.get() == (combo == m_x ? x : y))
-                combo->setCurrentIndex(combo->count() - 1);
-        }
-    }
+    FillChannelCombo(m_x, file, displayFlags, x);
+    FillChannelCombo(m_y, file, displayFlags, y);
     form->addRow(tr("X Axis"), m_x);
     form->addRow(tr("Y Axis"), m_y);
     auto *column = new QVBoxLayout(this);
@@ -63,12 +52,12 @@ CAnaFormCoordinateXYDlgReset::CAnaFormCoordinateXYDlgReset(const CCmtd99File &fi
 
 CChnMapAnalog *CAnaFormCoordinateXYDlgReset::channelX() const
 {
-    return channelAt(m_x);
+    return ComboChannel(m_x);
 }
 
 CChnMapAnalog *CAnaFormCoordinateXYDlgReset::channelY() const
 {
-    return channelAt(m_y);
+    return ComboChannel(m_y);
 }
 
 void CAnaFormCoordinateXYDlgReset::accept()

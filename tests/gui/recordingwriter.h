@@ -27,6 +27,7 @@
 #include <cstdio>
 #include <functional>
 #include <memory>
+#include <numbers>
 
 // Writes an ASCII recording of `points` samples at 1 kHz with `analogs` channels and
 // `statuses` status channels, so that a load takes a while when it needs to.
@@ -97,13 +98,48 @@ inline QString writeSineRecording(const QTemporaryDir &dir, const char *name, in
     return base + QStringLiteral(".cfg");
 }
 
+// Three phase voltages and three phase currents at 1 kHz, 50 Hz sines A·sin(ωt + φ): the
+// phasor of each at a whole cycle's sample is A∠φ. Raw steps of 0.01 keep the angles within
+// a few thousandths of a degree.
+struct PhaseSet
+{
+    double amplitude[6];
+    double degrees[6];
+};
+
+inline QString writePhasorRecording(const QTemporaryDir &dir, const char *name, const PhaseSet &set,
+                                    int points = 400)
+{
+    const QString base = dir.filePath(QString::fromLatin1(name));
+    FILE *cfg = std::fopen((base + QStringLiteral(".cfg")).toLocal8Bit().constData(), "w");
+    std::fprintf(cfg, "Phasor Station,Recorder,1999\n6,6A,0D\n");
+    for (int c = 0; c < 6; ++c)
+        std::fprintf(cfg, "%d,%c%c,%c,,%s,0.01,0,0,-32767,32767,1,1,S\n", c + 1, c < 3 ? 'U' : 'I',
+                     'a' + c % 3, 'A' + c % 3, c < 3 ? "V" : "A");
+    std::fprintf(cfg, "50\n1\n1000,%d\n01/01/2024,10:00:00.000000\n01/01/2024,10:00:00.100000\nASCII\n1\n",
+                 points);
+    std::fclose(cfg);
+    FILE *dat = std::fopen((base + QStringLiteral(".dat")).toLocal8Bit().constData(), "w");
+    for (int n = 0; n < points; ++n) {
+        std::fprintf(dat, "%d,%d", n + 1, n * 1000);
+        for (int c = 0; c < 6; ++c) {
+            const double x = set.amplitude[c] * std::sin(2 * std::numbers::pi * 50.0 * n / 1000.0 +
+                                                         set.degrees[c] * std::numbers::pi / 180);
+            std::fprintf(dat, ",%ld", std::lround(x / 0.01));
+        }
+        std::fputc('\n', dat);
+    }
+    std::fclose(dat);
+    return base + QStringLiteral(".cfg");
+}
+
 // Any warning that Qt prints while a test runs fails that test: a connection to an object that
 // does not exist yet, a missing resource, a painter misuse all end up there. The offscreen
 // platform's own remark about size hints is no fault of ours and stays allowed.
 inline void failOnQtWarnings()
 {
-    QTest::failOnWarning(
-        QRegularExpression(QStringLiteral("^(?!This plugin does not support (propagateSizeHints|raise)).*")));
+    QTest::failOnWarning(QRegularExpression(QStringLiteral(
+        "^(?!This plugin does not support (propagateSizeHints|raise|grabbing the keyboard)).*")));
 }
 
 // The message box that is up, or null.

@@ -24,41 +24,6 @@
 
 namespace {
 
-// Three phase voltages and three phase currents at 1 kHz, 50 Hz sines A·sin(ωt + φ): the
-// phasor of each at a whole cycle's sample is A∠φ. Raw steps of 0.01 keep the angles within
-// a few thousandths of a degree.
-struct PhaseSet
-{
-    double amplitude[6];
-    double degrees[6];
-};
-
-QString writePhasorRecording(const QTemporaryDir &dir, const char *name, const PhaseSet &set,
-                             int points = 400)
-{
-    const QString base = dir.filePath(QString::fromLatin1(name));
-    FILE *cfg = std::fopen((base + QStringLiteral(".cfg")).toLocal8Bit().constData(), "w");
-    std::fprintf(cfg, "Phasor Station,Recorder,1999\n6,6A,0D\n");
-    for (int c = 0; c < 6; ++c)
-        std::fprintf(cfg, "%d,%c%c,%c,,%s,0.01,0,0,-32767,32767,1,1,S\n", c + 1, c < 3 ? 'U' : 'I',
-                     'a' + c % 3, 'A' + c % 3, c < 3 ? "V" : "A");
-    std::fprintf(cfg, "50\n1\n1000,%d\n01/01/2024,10:00:00.000000\n01/01/2024,10:00:00.100000\nASCII\n1\n",
-                 points);
-    std::fclose(cfg);
-    FILE *dat = std::fopen((base + QStringLiteral(".dat")).toLocal8Bit().constData(), "w");
-    for (int n = 0; n < points; ++n) {
-        std::fprintf(dat, "%d,%d", n + 1, n * 1000);
-        for (int c = 0; c < 6; ++c) {
-            const double x = set.amplitude[c] * std::sin(2 * std::numbers::pi * 50.0 * n / 1000.0 +
-                                                         set.degrees[c] * std::numbers::pi / 180);
-            std::fprintf(dat, ",%ld", std::lround(x / 0.01));
-        }
-        std::fputc('\n', dat);
-    }
-    std::fclose(dat);
-    return base + QStringLiteral(".cfg");
-}
-
 double degreesOf(const VectorItem &item)
 {
     return std::atan2(double(item.fIm), double(item.fRe)) * 180.0 / std::numbers::pi;

@@ -442,7 +442,8 @@ private Q_SLOTS:
         QVERIFY(frame->action(CCmtdChildFrame::ActFileSaveAs)->isEnabled());
         QVERIFY(!frame->action(CCmtdChildFrame::ActServerStop)->isEnabled());
         // Features still to come are shown but cannot be chosen.
-        QVERIFY(!frame->action(CCmtdChildFrame::ActAnaRX)->isEnabled());
+        QVERIFY(!frame->action(CCmtdChildFrame::ActAnaBusDiff)->isEnabled());
+        QVERIFY(frame->action(CCmtdChildFrame::ActAnaRX)->isEnabled());
     }
 
     void siteMapAppliesItsSettingsOnOpening()
