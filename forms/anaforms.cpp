@@ -5,6 +5,7 @@
 #include "anaformchngrpstaevn.h"
 #include "anaformchngrpvec.h"
 #include "anaformcoordinatexy.h"
+#include "anaformhmchart.h"
 #include "cmtdchildcontainer.h"
 
 namespace {
@@ -12,10 +13,14 @@ namespace {
 CAnaFormPanel *makeAnaForm(int number, CCmtdChildFrame *frame, CCmtdChildContainerAna *page)
 {
     switch (number) {
+    case 4:
+        return new CAnaFormChnSngHmChart(number, frame, page);
     case 7:
         return new CAnaFormChnGrpVec(number, frame, page);
     case 8:
         return new CAnaFormChnGrpSeq(number, frame, page);
+    case 9:
+        return new CAnaFormChnGrpHmChart(number, frame, page);
     case 10:
         return new CAnaFormChnGrpRx(number, frame, page);
     case 12:

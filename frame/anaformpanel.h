@@ -28,6 +28,8 @@ public:
     virtual QDockWidget *dockWidget() const = 0;
     // A channel is leaving the recording: a form that works on it lets go of its object.
     virtual void forgetChannel(const CChnMapBase *channel) = 0;
+    // A form opened on one channel (from the name column) takes it as its object.
+    virtual void offerChannel(CChnMapBase *channel) { Q_UNUSED(channel); }
 };
 
 // Makes form `number` for a document frame, or null where no form of that number exists.

@@ -54,6 +54,17 @@ void CCmtdChildContainerAna::showForm(int number)
     m_pFrame->updateActions();
 }
 
+void CCmtdChildContainerAna::showFormFor(int number, CChnMapBase *channel)
+{
+    if (number < 0 || number >= kFormCount)
+        return;
+    if (!m_forms[number] && formFactory)
+        m_forms[number] = formFactory(number, m_pFrame, this);
+    if (m_forms[number])
+        m_forms[number]->offerChannel(channel);
+    showForm(number);
+}
+
 CAnaFormPanel *CCmtdChildContainerAna::currentForm() const
 {
     return m_nCurForm >= 0 ? m_forms[m_nCurForm] : nullptr;

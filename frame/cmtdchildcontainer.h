@@ -46,6 +46,8 @@ public:
     // Shows form `number` (made on first use), hiding the one on show. A form that refuses to
     // show (no object chosen) leaves the page without a form.
     void showForm(int number);
+    // Shows form `number` with `channel` as its object.
+    void showFormFor(int number, CChnMapBase *channel);
     CAnaFormPanel *currentForm() const;
     CAnaFormPanel *form(int number) const;
     // Every form made so far lets go of a channel that leaves the recording.

@@ -95,6 +95,10 @@ CCmtdChildFrame::CCmtdChildFrame(QWidget *parent) : CMdiChildFrame(parent), m_th
             &CCmtdChildFrame::deriveVirtualChannel);
     connect(m_nameView, &CCmtdViewAnaName::virtualChannelDeleteRequested, this,
             &CCmtdChildFrame::deleteVirtualChannel);
+    connect(m_nameView, &CCmtdViewAnaName::formRequested, this, [this](int number, CChnMapBase *channel) {
+        slot_PaneTabViewSwitch(0);
+        m_anaContainer->showFormFor(number, channel);
+    });
     // The form on show follows T1, after the name column has taken the values at the cursors.
     connect(m_waveView, &CCmtdViewAnaWave::cursorsChanged, m_anaContainer,
             &CCmtdChildContainerAna::refreshCurrentForm);

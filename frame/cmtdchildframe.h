@@ -217,6 +217,7 @@ private:
     void slot_WaveShowAnaStaEvn();
     void slot_CoordinateXY();
     void slot_WaveShowAnaRX();
+    void slot_WaveShowAnaHm();
 
     QAction *m_actions[ActionCount] = {};
     QComboBox *unitSelector = nullptr;

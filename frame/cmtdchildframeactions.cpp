@@ -174,6 +174,7 @@ void CCmtdChildFrame::createActions()
         {ActAnaStaEvn, &CCmtdChildFrame::slot_WaveShowAnaStaEvn},
         {ActCoordinateXY, &CCmtdChildFrame::slot_CoordinateXY},
         {ActAnaRX, &CCmtdChildFrame::slot_WaveShowAnaRX},
+        {ActAnaHm, &CCmtdChildFrame::slot_WaveShowAnaHm},
     };
     for (const auto &w : working) {
         m_actions[w.id]->setProperty("works", true);
@@ -607,6 +608,11 @@ void CCmtdChildFrame::slot_CoordinateXY()
 void CCmtdChildFrame::slot_WaveShowAnaRX()
 {
     showAnaForm(10);
+}
+
+void CCmtdChildFrame::slot_WaveShowAnaHm()
+{
+    showAnaForm(9);
 }
 
 void CCmtdChildFrame::hideUnrelated(const std::vector<CChnMapBase *> &related)

@@ -115,6 +115,12 @@ CCmtdViewAnaName::CCmtdViewAnaName(CCmtdDocument *document, CCmtdViewAnaWave *wa
                                                m_hit.rowIndex);
         });
     }
+    // The single-channel forms of the channel under the menu.
+    m_actions[MenuHmChart]->setEnabled(true);
+    connect(m_actions[MenuHmChart], &QAction::triggered, this, [this] {
+        if (m_hit.channel && m_hit.channel->chnType == CChnMapBase::TypeAnalog)
+            Q_EMIT formRequested(kFormHmChart, m_hit.channel);
+    });
     m_actions[MenuVirDelete]->setEnabled(true);
     connect(m_actions[MenuVirDelete], &QAction::triggered, this, [this] {
         auto *channel = static_cast<CChnMapAnalog *>(m_hit.channel);

@@ -83,11 +83,16 @@ public:
     void drawContents(QPainter &painter, const QRect &rect) override;
     void onRightPress(QMouseEvent *event) override;
 
+    // The number of the single-channel harmonic chart among the analysis forms.
+    static constexpr int kFormHmChart = 4;
+
 Q_SIGNALS:
     // The engineer asked for a virtual channel of job `kind` (3 to 9) derived from `source`,
     // to stand after row `row`; the frame runs the dialog and the job.
     void virtualChannelRequested(int kind, CChnMapAnalog *source, int row);
     void virtualChannelDeleteRequested(CChnMapAnalog *channel);
+    // The engineer asked for analysis form `number` on one channel (the harmonic chart).
+    void formRequested(int number, CChnMapBase *channel);
 
 private:
     void slot_ChnPick();
