@@ -154,6 +154,73 @@ ComplexD DftPhasor(const float *samples, int count, int harmonic, int step)
     return DftPhasorMethod(method, samples, count, harmonic, step);
 }
 
+void DftPhasors(const float *const *x, int channels, int count, int harmonic, int step, ComplexD *out)
+{
+    const int method = dftMethod >= 0 && dftMethod <= 3 ? dftMethod : 0;
+    const int m = std::clamp(channels, 0, kDftBatch);
+    for (int c = 0; c < m; ++c)
+        out[c] = ComplexD{};
+    const int n = step >= 1 ? count / step : 0;
+    if (count < 1 || n < 1)
+        return;
+    for (int c = 0; c < m; ++c) {
+        if (!x[c]) {
+            // A missing channel goes the single way, which knows what it gives.
+            for (int d = 0; d < m; ++d)
+                out[d] = DftPhasorMethod(method, x[d], count, harmonic, step);
+            return;
+        }
+    }
+    const TrigTable &t = trigTable(n, harmonic);
+    const double *sine = t.sine.data();
+    const double *cosine = t.cosine.data();
+    // Each channel's two sums take their terms in the order of DftPhasorMethod, so that the
+    // rounding is the same; only the channels are interleaved.
+    double s[kDftBatch] = {};
+    double k[kDftBatch] = {};
+    const bool trapezoid = method == 2 || method == 3;
+    if (trapezoid) {
+        for (int i = 0; i + 1 < n; ++i) {
+            const double si = sine[i + 1];
+            const double ci = cosine[i + 1];
+            const int a = i * step;
+            const int b = (i + 1) * step;
+            for (int c = 0; c < m; ++c) {
+                const double pair = double(x[c][a]) + double(x[c][b]);
+                s[c] += si * pair;
+                k[c] += ci * pair;
+            }
+        }
+    } else {
+        for (int i = 0; i < n; ++i) {
+            const double si = sine[i];
+            const double ci = cosine[i];
+            const int a = i * step;
+            for (int c = 0; c < m; ++c) {
+                const double v = x[c][a];
+                s[c] += si * v;
+                k[c] += ci * v;
+            }
+        }
+    }
+    for (int c = 0; c < m; ++c) {
+        switch (method) {
+        case 1:
+            out[c] = ComplexD{2 * k[c] / n, -(2 * s[c] / n)};
+            break;
+        case 2:
+            out[c] = ComplexD{s[c] / n, k[c] / n};
+            break;
+        case 3:
+            out[c] = ComplexD{k[c] / n, -(s[c] / n)};
+            break;
+        default:
+            out[c] = ComplexD{2 * s[c] / n, 2 * k[c] / n};
+            break;
+        }
+    }
+}
+
 double Effective(const ComplexD &p)
 {
     return std::sqrt((p.re * p.re + p.im * p.im) * 0.5);
