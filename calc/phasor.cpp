@@ -84,6 +84,52 @@ bool touchesGap(const float *x, int n)
     return false;
 }
 
+// The sine and cosine sums of M channels in one pass. Each channel's sums take their terms in
+// the order of DftPhasorMethod, so that the rounding is the same; only the channels are
+// interleaved, and with M fixed every sum stays in a register.
+template <int M>
+void batchSums(const float *const *x, int n, int step, bool trapezoid, const TrigTable &t, double *s,
+               double *k)
+{
+    const double *sine = t.sine.data();
+    const double *cosine = t.cosine.data();
+    double ss[M] = {};
+    double kk[M] = {};
+    const float *xc[M];
+    for (int c = 0; c < M; ++c)
+        xc[c] = x[c];
+    if (trapezoid) {
+        for (int i = 0; i + 1 < n; ++i) {
+            const double si = sine[i + 1];
+            const double ci = cosine[i + 1];
+            const int a = i * step;
+            const int b = a + step;
+#pragma GCC unroll 8
+            for (int c = 0; c < M; ++c) {
+                const double pair = double(xc[c][a]) + double(xc[c][b]);
+                ss[c] += si * pair;
+                kk[c] += ci * pair;
+            }
+        }
+    } else {
+        for (int i = 0; i < n; ++i) {
+            const double si = sine[i];
+            const double ci = cosine[i];
+            const int a = i * step;
+#pragma GCC unroll 8
+            for (int c = 0; c < M; ++c) {
+                const double v = xc[c][a];
+                ss[c] += si * v;
+                kk[c] += ci * v;
+            }
+        }
+    }
+    for (int c = 0; c < M; ++c) {
+        s[c] = ss[c];
+        k[c] = kk[c];
+    }
+}
+
 } // namespace
 
 float RatedFreq(const CChnMapAnalog &chn)
@@ -172,35 +218,20 @@ void DftPhasors(const float *const *x, int channels, int count, int harmonic, in
         }
     }
     const TrigTable &t = trigTable(n, harmonic);
-    const double *sine = t.sine.data();
-    const double *cosine = t.cosine.data();
-    // Each channel's two sums take their terms in the order of DftPhasorMethod, so that the
-    // rounding is the same; only the channels are interleaved.
     double s[kDftBatch] = {};
     double k[kDftBatch] = {};
     const bool trapezoid = method == 2 || method == 3;
-    if (trapezoid) {
-        for (int i = 0; i + 1 < n; ++i) {
-            const double si = sine[i + 1];
-            const double ci = cosine[i + 1];
-            const int a = i * step;
-            const int b = (i + 1) * step;
-            for (int c = 0; c < m; ++c) {
-                const double pair = double(x[c][a]) + double(x[c][b]);
-                s[c] += si * pair;
-                k[c] += ci * pair;
-            }
-        }
-    } else {
-        for (int i = 0; i < n; ++i) {
-            const double si = sine[i];
-            const double ci = cosine[i];
-            const int a = i * step;
-            for (int c = 0; c < m; ++c) {
-                const double v = x[c][a];
-                s[c] += si * v;
-                k[c] += ci * v;
-            }
+    // Batches of six (three voltages, three currents), then three, then one at a time.
+    for (int c = 0; c < m;) {
+        if (m - c >= 6) {
+            batchSums<6>(x + c, n, step, trapezoid, t, s + c, k + c);
+            c += 6;
+        } else if (m - c >= 3) {
+            batchSums<3>(x + c, n, step, trapezoid, t, s + c, k + c);
+            c += 3;
+        } else {
+            batchSums<1>(x + c, n, step, trapezoid, t, s + c, k + c);
+            c += 1;
         }
     }
     for (int c = 0; c < m; ++c) {
