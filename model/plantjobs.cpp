@@ -153,9 +153,9 @@ void describeCurve(CChnMapAnalog &target, const CChnMapAnalog *input, const char
     target.isVirtual = true;
 }
 
-// The outer form of a curve job around one or more targets: extents reset, samples behind the
-// curve's length zeroed, then extents recomputed and the job's flag bits cleared, also for a
-// stopped job.
+// The outer form of a curve job around one or more targets: extents reset and the arrays zeroed
+// (a channel taken again keeps nothing of its earlier curve, also where a stop leaves the new
+// one short), then extents recomputed and the job's flag bits cleared, also for a stopped job.
 template <typename Compute>
 bool runCurveJob(CCmtd99File &file, std::initializer_list<CChnMapAnalog *> targets, int total,
                  Compute compute)
@@ -165,7 +165,7 @@ bool runCurveJob(CCmtd99File &file, std::initializer_list<CChnMapAnalog *> targe
             continue;
         t->maxValue = t->minValue = t->absMax = 0.0f;
         if (float *y = t->Values())
-            std::fill(y + std::min(std::max(total, 0), t->sampleCount), y + t->sampleCount, 0.0f);
+            std::fill(y, y + t->sampleCount, 0.0f);
     }
     bool finished = true;
     if (!file.segments.empty() && total > 0)
