@@ -84,6 +84,52 @@ bool touchesGap(const float *x, int n)
     return false;
 }
 
+// The sine and cosine sums of M channels in one pass. Each channel's sums take their terms in
+// the order of DftPhasorMethod, so that the rounding is the same; only the channels are
+// interleaved, and with M fixed every sum stays in a register.
+template <int M>
+void batchSums(const float *const *x, int n, int step, bool trapezoid, const TrigTable &t, double *s,
+               double *k)
+{
+    const double *sine = t.sine.data();
+    const double *cosine = t.cosine.data();
+    double ss[M] = {};
+    double kk[M] = {};
+    const float *xc[M];
+    for (int c = 0; c < M; ++c)
+        xc[c] = x[c];
+    if (trapezoid) {
+        for (int i = 0; i + 1 < n; ++i) {
+            const double si = sine[i + 1];
+            const double ci = cosine[i + 1];
+            const int a = i * step;
+            const int b = a + step;
+#pragma GCC unroll 8
+            for (int c = 0; c < M; ++c) {
+                const double pair = double(xc[c][a]) + double(xc[c][b]);
+                ss[c] += si * pair;
+                kk[c] += ci * pair;
+            }
+        }
+    } else {
+        for (int i = 0; i < n; ++i) {
+            const double si = sine[i];
+            const double ci = cosine[i];
+            const int a = i * step;
+#pragma GCC unroll 8
+            for (int c = 0; c < M; ++c) {
+                const double v = xc[c][a];
+                ss[c] += si * v;
+                kk[c] += ci * v;
+            }
+        }
+    }
+    for (int c = 0; c < M; ++c) {
+        s[c] = ss[c];
+        k[c] = kk[c];
+    }
+}
+
 } // namespace
 
 float RatedFreq(const CChnMapAnalog &chn)
@@ -152,6 +198,58 @@ ComplexD DftPhasor(const float *samples, int count, int harmonic, int step)
 {
     const int method = dftMethod >= 0 && dftMethod <= 3 ? dftMethod : 0;
     return DftPhasorMethod(method, samples, count, harmonic, step);
+}
+
+void DftPhasors(const float *const *x, int channels, int count, int harmonic, int step, ComplexD *out)
+{
+    const int method = dftMethod >= 0 && dftMethod <= 3 ? dftMethod : 0;
+    const int m = std::clamp(channels, 0, kDftBatch);
+    for (int c = 0; c < m; ++c)
+        out[c] = ComplexD{};
+    const int n = step >= 1 ? count / step : 0;
+    if (count < 1 || n < 1)
+        return;
+    for (int c = 0; c < m; ++c) {
+        if (!x[c]) {
+            // A missing channel goes the single way, which knows what it gives.
+            for (int d = 0; d < m; ++d)
+                out[d] = DftPhasorMethod(method, x[d], count, harmonic, step);
+            return;
+        }
+    }
+    const TrigTable &t = trigTable(n, harmonic);
+    double s[kDftBatch] = {};
+    double k[kDftBatch] = {};
+    const bool trapezoid = method == 2 || method == 3;
+    // Batches of six (three voltages, three currents), then three, then one at a time.
+    for (int c = 0; c < m;) {
+        if (m - c >= 6) {
+            batchSums<6>(x + c, n, step, trapezoid, t, s + c, k + c);
+            c += 6;
+        } else if (m - c >= 3) {
+            batchSums<3>(x + c, n, step, trapezoid, t, s + c, k + c);
+            c += 3;
+        } else {
+            batchSums<1>(x + c, n, step, trapezoid, t, s + c, k + c);
+            c += 1;
+        }
+    }
+    for (int c = 0; c < m; ++c) {
+        switch (method) {
+        case 1:
+            out[c] = ComplexD{2 * k[c] / n, -(2 * s[c] / n)};
+            break;
+        case 2:
+            out[c] = ComplexD{s[c] / n, k[c] / n};
+            break;
+        case 3:
+            out[c] = ComplexD{k[c] / n, -(s[c] / n)};
+            break;
+        default:
+            out[c] = ComplexD{2 * s[c] / n, 2 * k[c] / n};
+            break;
+        }
+    }
 }
 
 double Effective(const ComplexD &p)

@@ -48,6 +48,12 @@ inline int DecimationStep(int n)
 ComplexD DftPhasor(const float *samples, int count, int harmonic, int step);
 // The same with the kernel given (0 rectSin, 1 rectCos, 2 trapSin, 3 trapCos; others 0).
 ComplexD DftPhasorMethod(int method, const float *samples, int count, int harmonic, int step);
+// The phasors of `channels` channels (at most kDftBatch) over windows of the same length:
+// out[c] is exactly what DftPhasor(samples[c], count, harmonic, step) gives. The sums of the
+// channels run side by side in one pass over the window, which is several times faster than
+// one channel after the other when three voltages and three currents are taken at every sample.
+constexpr int kDftBatch = 12;
+void DftPhasors(const float *const *samples, int channels, int count, int harmonic, int step, ComplexD *out);
 // The effective value of a phasor: sqrt((re² + im²) / 2).
 double Effective(const ComplexD &phasor);
 

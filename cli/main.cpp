@@ -9,6 +9,7 @@
 #include "infoverb.h"
 #include "locateverb.h"
 #include "phasorsverb.h"
+#include "powerverb.h"
 #include "samplesverb.h"
 #include "saveinfverb.h"
 #include "sequencesverb.h"
@@ -65,7 +66,9 @@ void printUsage(FILE *out)
         "            [--coef 1,1,1] [--line R1,X1,R0,X0] [--r An --x An] (--at SAMPLE | --from N --to M)\n"
         "      apparent impedance of the phase loops at a sample, or its traces over a range\n"
         "  zones --json FILE.tzb [--inside R,X]\n"
-        "      an impedance boundary file as read, and which of its zones hold a point\n");
+        "      an impedance boundary file as read, and which of its zones hold a point\n"
+        "  power --json PATH --u A1,A2,A3 --i A4,A5,A6 [--primary] [--from N --to M]\n"
+        "      total active, reactive and apparent power of three phases at every sample\n");
 }
 
 } // namespace
@@ -104,6 +107,8 @@ int main(int argc, char **argv)
         return RunImpedance(argc - 2, argv + 2);
     if (std::strcmp(verb, "zones") == 0)
         return RunZones(argc - 2, argv + 2);
+    if (std::strcmp(verb, "power") == 0)
+        return RunPower(argc - 2, argv + 2);
     if (std::strcmp(verb, "--help") == 0 || std::strcmp(verb, "help") == 0) {
         printUsage(stdout);
         return 0;
