@@ -441,6 +441,12 @@ bool CScrollAreaEx::viewportEvent(QEvent *event)
     case QEvent::ContextMenu:
         return false; // the view paints and takes the mouse itself
     case QEvent::Resize:
+        // The area lays out its bars; the view then hears of its new size itself, so that a
+        // diagram fits its scale to the space it has.
+        QAbstractScrollArea::viewportEvent(event);
+        if (m_view)
+            m_view->updateSize();
+        return false;
     case QEvent::LayoutRequest:
     case QEvent::UpdateLater: {
         const bool handled = QAbstractScrollArea::viewportEvent(event);

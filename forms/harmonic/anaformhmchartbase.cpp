@@ -45,7 +45,7 @@ CAnaFormHmChartBase::CAnaFormHmChartBase(int number, CCmtdChildFrame *frame,
     m_btnPercent = makeButton("WaveAnaHm.png", true);
     m_btnPercent->setObjectName(QStringLiteral("btnPercent"));
     m_btnPercent->setChecked(true);
-    m_btnOnly = makeButton("ZoomInVol.png", true);
+    m_btnOnly = makeButton("BtnZoomInVol.png", true);
     m_btnOnly->setObjectName(QStringLiteral("btnOnly"));
     m_btnSave = makeButton("FileSave.png");
     m_btnSave->setObjectName(QStringLiteral("btnSave"));
