@@ -1,10 +1,11 @@
-// One cursor step with the vector or the sequence form on show, on a recording of 96 AC
+// One cursor step with the vector, the sequence or the harmonic form on show, on a recording of 96 AC
 // channels (48 voltages, 48 currents) of 200,000 samples at 10 kHz: T1 moves one sample, the
 // name column takes the values at the cursors, the form computes its phasors and the whole form
 // (table and diagram) is painted into an offscreen image. The target is under 16 ms.
 
 #include "anaformchngrpseq.h"
 #include "anaformchngrpvec.h"
+#include "anaformhmchart.h"
 #include "benchmemory.h"
 #include "cmtd99file.h"
 #include "cmtdchildframe.h"
@@ -96,6 +97,17 @@ void BM_SequenceFormCursorStep(benchmark::State &state)
     stepAndPaint(state, form);
 }
 BENCHMARK(BM_SequenceFormCursorStep)->Unit(benchmark::kMillisecond);
+
+// The harmonic chart of a three-phase group: three spectra of 50 orders (200 points a cycle),
+// the table of 51 rows and the bars.
+void BM_HarmonicChartCursorStep(benchmark::State &state)
+{
+    Scene &s = scene();
+    CAnaFormChnGrpHmChart form(9, s.frame, s.frame->anaContainer());
+    form.setChartChannels({s.channel(48), s.channel(49), s.channel(50)});
+    stepAndPaint(state, form);
+}
+BENCHMARK(BM_HarmonicChartCursorStep)->Unit(benchmark::kMillisecond);
 
 } // namespace
 
