@@ -362,25 +362,23 @@ int LowRateMeanAt(const CCmtd99File &file, const RateSegment &segment, const CCh
     return MeanValue;
 }
 
-int BasePhasorAt(const CCmtd99File &file, const RateSegment *given, const CChnMapAnalog *chn, int &index,
-                 ComplexD &out)
+namespace {
+
+// The window of a channel's fundamental at `index`: -1 with `n`, `step` and the window start in
+// `index` when a transform is due; otherwise the code of the value that stands in `out` (the
+// mean of a slow rate, or none).
+int baseWindow(const CCmtd99File &file, const RateSegment &segment, const CChnMapAnalog *chn, int &index,
+               int &n, int &step, ComplexD &out)
 {
     out = ComplexD();
-    if (!chn)
-        return NoValue;
-    RateSegment found;
-    const RateSegment *known = segmentOf(file, given, index, found);
-    if (!known)
-        return NoValue;
-    const RateSegment &segment = *known;
-    const int n = PointsPerCycle(segment.rate, RatedFreq(*chn));
+    n = PointsPerCycle(segment.rate, RatedFreq(*chn));
     if (n < 4) {
         double mean = 0.0;
         const int code = LowRateMeanAt(file, segment, chn, index, mean);
         out.re = mean;
         return code;
     }
-    const int step = DecimationStep(n);
+    step = DecimationStep(n);
     int64_t stop = int64_t(index) + n;
     if (stop >= file.loadedPoints)
         stop = file.loadedPoints - 1;
@@ -393,12 +391,98 @@ int BasePhasorAt(const CCmtd99File &file, const RateSegment *given, const CChnMa
         index = segment.first;
     if (index < 0 || index + n > chn->sampleCount || touchesGap(chn->Values() + index, n))
         return NoValue;
+    return -1;
+}
+
+// The angle compensation of the channel's transformer, where the channel has a table.
+void compensate(const CChnMapAnalog &chn, ComplexD &phasor)
+{
+    if (PhComp && chn.config && (chn.config->flags & CmtdChn_Analog::CompAngleGiven))
+        phasor = RotatePhasor(phasor, PhaseCompAngle(chn, Effective(phasor)));
+}
+
+} // namespace
+
+int BasePhasorAt(const CCmtd99File &file, const RateSegment *given, const CChnMapAnalog *chn, int &index,
+                 ComplexD &out)
+{
+    out = ComplexD();
+    if (!chn)
+        return NoValue;
+    RateSegment found;
+    const RateSegment *known = segmentOf(file, given, index, found);
+    if (!known)
+        return NoValue;
+    int n = 0;
+    int step = 1;
+    const int code = baseWindow(file, *known, chn, index, n, step, out);
+    if (code >= 0)
+        return code;
     out = DftPhasor(chn->Values() + index, n, 1, step);
-    if (PhComp && chn->config && (chn->config->flags & CmtdChn_Analog::CompAngleGiven)) {
-        const double e = Effective(out);
-        out = RotatePhasor(out, PhaseCompAngle(*chn, e));
-    }
+    compensate(*chn, out);
     return PhasorValue;
+}
+
+void BasePhasorsAt(const CCmtd99File &file, const RateSegment *given, const CChnMapAnalog *const *chns,
+                   int count, int index, ComplexD *out, int *codes)
+{
+    RateSegment found;
+    const RateSegment *known = segmentOf(file, given, index, found);
+    // Channels whose transform is due, with their window.
+    int due[kDftBatch];
+    int start[kDftBatch];
+    int length[kDftBatch];
+    int stride[kDftBatch];
+    int pending = 0;
+    for (int c = 0; c < count; ++c) {
+        out[c] = ComplexD();
+        codes[c] = NoValue;
+        if (!chns[c] || !known)
+            continue;
+        int at = index;
+        int n = 0;
+        int step = 1;
+        codes[c] = baseWindow(file, *known, chns[c], at, n, step, out[c]);
+        if (codes[c] >= 0)
+            continue;
+        if (pending == kDftBatch) {
+            // More channels than one pass takes: this one alone.
+            out[c] = DftPhasor(chns[c]->Values() + at, n, 1, step);
+            compensate(*chns[c], out[c]);
+            codes[c] = PhasorValue;
+            continue;
+        }
+        due[pending] = c;
+        start[pending] = at;
+        length[pending] = n;
+        stride[pending] = step;
+        ++pending;
+    }
+    // Channels of one window length and start go through one pass.
+    bool done[kDftBatch] = {};
+    for (int first = 0; first < pending; ++first) {
+        if (done[first])
+            continue;
+        const float *x[kDftBatch];
+        int members[kDftBatch];
+        int m = 0;
+        for (int j = first; j < pending; ++j) {
+            if (done[j] || start[j] != start[first] || length[j] != length[first] ||
+                stride[j] != stride[first])
+                continue;
+            members[m] = j;
+            x[m++] = chns[due[j]]->Values() + start[j];
+            done[j] = true;
+        }
+        ComplexD result[kDftBatch];
+        DftPhasors(x, m, length[first], 1, stride[first], result);
+        for (int k = 0; k < m; ++k) {
+            const int c = due[members[k]];
+            out[c] = result[k];
+            compensate(*chns[c], out[c]);
+            codes[c] = PhasorValue;
+        }
+    }
 }
 
 int RealEffectiveAt(const CCmtd99File &file, const RateSegment *given, const CChnMapAnalog *chn, int index,

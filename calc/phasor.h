@@ -75,6 +75,11 @@ int ChnWindowStart(const CCmtd99File &file, float freq, int index);
 // phasor, 4 where the rate is too low and a mean stands in, 0 for no value.
 int BasePhasorAt(const CCmtd99File &file, const RateSegment *segment, const CChnMapAnalog *chn, int &index,
                  ComplexD &out);
+// BasePhasorAt for `count` channels at one cursor window: out[c] and codes[c] are exactly what
+// BasePhasorAt gives channel c (a null channel has no value). Channels that share a window are
+// transformed side by side in one pass.
+void BasePhasorsAt(const CCmtd99File &file, const RateSegment *segment, const CChnMapAnalog *const *chns,
+                   int count, int index, ComplexD *out, int *codes);
 // The true (all-harmonics) effective value of one cycle; 2, or 0 for no value.
 int RealEffectiveAt(const CCmtd99File &file, const RateSegment *segment, const CChnMapAnalog *chn, int index,
                     double &out);

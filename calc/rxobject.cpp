@@ -65,15 +65,14 @@ uint32_t neededSlots(const RxObject &o)
 
 void fetchPhasors(const RxObject &o, uint32_t slots, int sample, const RateSegment &segment, RxPhasors &out)
 {
-    for (int s = 0; s < RxPhasors::Slots; ++s) {
-        out.ok[s] = false;
-        out.value[s] = ComplexD();
-        const CChnMapAnalog *chn = slotChannel(o, s);
-        if (!(slots & (1u << s)) || !chn)
-            continue;
-        int index = sample;
-        out.ok[s] = BasePhasorAt(*o.pRecording, &segment, chn, index, out.value[s]) == PhasorValue;
-    }
+    const CChnMapAnalog *chns[RxPhasors::Slots];
+    int codes[RxPhasors::Slots];
+    for (int s = 0; s < RxPhasors::Slots; ++s)
+        chns[s] = (slots & (1u << s)) ? slotChannel(o, s) : nullptr;
+    // The voltages and currents of a sample share their window: one pass for all of them.
+    BasePhasorsAt(*o.pRecording, &segment, chns, RxPhasors::Slots, sample, out.value, codes);
+    for (int s = 0; s < RxPhasors::Slots; ++s)
+        out.ok[s] = codes[s] == PhasorValue;
 }
 
 // The sum of the groups' currents of one phase; a current without a phasor adds nothing.
