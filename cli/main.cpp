@@ -3,6 +3,7 @@
 
 #include "convertverb.h"
 #include "deriveverb.h"
+#include "evalverb.h"
 #include "eventsverb.h"
 #include "harmonicsverb.h"
 #include "impedanceverb.h"
@@ -65,7 +66,10 @@ void printUsage(FILE *out)
         "            [--coef 1,1,1] [--line R1,X1,R0,X0] [--r An --x An] (--at SAMPLE | --from N --to M)\n"
         "      apparent impedance of the phase loops at a sample, or its traces over a range\n"
         "  zones --json FILE.tzb [--inside R,X]\n"
-        "      an impedance boundary file as read, and which of its zones hold a point\n");
+        "      an impedance boundary file as read, and which of its zones hold a point\n"
+        "  eval --json PATH (--script TEXT | --script-file F)\n"
+        "      compile and run an expression script: its messages, its result log and the samples of\n"
+        "      each new virtual channel; a script with any message does not run (exit 1)\n");
 }
 
 } // namespace
@@ -104,6 +108,8 @@ int main(int argc, char **argv)
         return RunImpedance(argc - 2, argv + 2);
     if (std::strcmp(verb, "zones") == 0)
         return RunZones(argc - 2, argv + 2);
+    if (std::strcmp(verb, "eval") == 0)
+        return RunEval(argc - 2, argv + 2);
     if (std::strcmp(verb, "--help") == 0 || std::strcmp(verb, "help") == 0) {
         printUsage(stdout);
         return 0;
