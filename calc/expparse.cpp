@@ -9,7 +9,6 @@
 
 #include <QByteArray>
 
-#include <cstring>
 #include <new>
 
 #define EXP_TR(text) QT_TRANSLATE_NOOP("CExpAnaMulti", text)
@@ -38,13 +37,15 @@ QByteArray bytesOf(std::string_view text)
     return QByteArray(text.data(), qsizetype(text.size()));
 }
 
-// The rightmost of `ops` at depth 0 outside quotes, looking no further left than `lowest`.
-// Depth and quotes are counted from the right: a ")" opens a level there.
-size_t rightmostOperator(std::string_view text, const char *ops, size_t lowest)
+// The operator of loosest binding, rightmost at depth 0 outside quotes: + or - (not at index
+// 0, where a sign belongs to a number), else * or /, else ^. Depth and quotes are counted from
+// the right: a ")" opens a level there. npos when there is none.
+size_t loosestOperator(std::string_view text)
 {
+    size_t found[3] = {npos, npos, npos};
     int depth = 0;
     bool quoted = false;
-    for (size_t i = text.size(); i-- > lowest;) {
+    for (size_t i = text.size(); i-- > 0;) {
         const char c = text[i];
         if (c == '"') {
             quoted = !quoted;
@@ -54,11 +55,17 @@ size_t rightmostOperator(std::string_view text, const char *ops, size_t lowest)
             ++depth;
         } else if (c == '(') {
             --depth;
-        } else if (depth == 0 && std::strchr(ops, c)) {
-            return i;
+        } else if (depth != 0) {
+            continue;
+        } else if ((c == '+' || c == '-') && i > 0) {
+            return i; // nothing binds looser
+        } else if ((c == '*' || c == '/') && found[1] == npos) {
+            found[1] = i;
+        } else if (c == '^' && found[2] == npos) {
+            found[2] = i;
         }
     }
-    return npos;
+    return found[1] != npos ? found[1] : found[2];
 }
 
 // An optional sign, then digits with at most one point.
@@ -109,27 +116,32 @@ size_t ExpFindTopLevel(std::string_view text, char ch)
 
 void CExpAnaMulti::checkParens(std::string_view text)
 {
-    // Quotes are not heeded here: a parenthesis in a channel name counts.
-    std::vector<size_t> open;
-    size_t firstSurplusClose = npos;
+    // Quotes are not heeded here: a parenthesis in a channel name counts. A surplus ")" is the
+    // first that finds no "(" before it; a surplus "(" the first that finds no ")" after it.
     size_t opens = 0;
     size_t closes = 0;
+    size_t surplusClose = npos;
     for (size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '(') {
+        if (text[i] == '(')
             ++opens;
-            open.push_back(i);
-        } else if (text[i] == ')') {
-            ++closes;
-            if (!open.empty())
-                open.pop_back();
-            else if (firstSurplusClose == npos)
-                firstSurplusClose = i;
-        }
+        else if (text[i] == ')' && ++closes > opens && surplusClose == npos)
+            surplusClose = i;
     }
-    if (closes > opens)
-        ExpReport(positionOf(text.substr(firstSurplusClose)), EXP_TR("Error: [)] not match to [(]!"));
-    else if (opens > closes)
-        ExpReport(positionOf(text.substr(open.front())), EXP_TR("Error: [(] not match to [)]!"));
+    if (closes > opens) {
+        ExpReport(positionOf(text.substr(surplusClose)), EXP_TR("Error: [)] not match to [(]!"));
+    } else if (opens > closes) {
+        size_t surplusOpen = npos;
+        size_t pending = 0;
+        for (size_t i = text.size(); i-- > 0;) {
+            if (text[i] == ')')
+                ++pending;
+            else if (text[i] == '(' && pending > 0)
+                --pending;
+            else if (text[i] == '(')
+                surplusOpen = i;
+        }
+        ExpReport(positionOf(text.substr(surplusOpen)), EXP_TR("Error: [(] not match to [)]!"));
+    }
 }
 
 int CExpAnaMulti::findOperator(std::string_view &text, int &depth, char &op, std::string_view &left,
@@ -137,12 +149,7 @@ int CExpAnaMulti::findOperator(std::string_view &text, int &depth, char &op, std
 {
     for (;;) {
         checkParens(text);
-        // A sign at index 0 belongs to a number: the loosest level stops at index 1.
-        size_t at = rightmostOperator(text, "+-", 1);
-        if (at == npos)
-            at = rightmostOperator(text, "*/", 0);
-        if (at == npos)
-            at = rightmostOperator(text, "^", 0);
+        const size_t at = loosestOperator(text);
         if (at != npos) {
             op = text[at];
             left = ExpTrim(text.substr(0, at));
