@@ -117,11 +117,13 @@ void CExpAnaMulti::Compile(CCmtd99File &file, const QString &text)
     ExpClearMemoryFault();
     m_file = &file;
     messageCodec = file.codecName;
-    if (text.isEmpty()) {
+    // The script is a C string: it ends at its first NUL character.
+    const QString script = text.left(text.indexOf(QChar(0)));
+    if (script.isEmpty()) {
         ExpReport(0, EXP_TR("Error: Expression is empty!"));
         return;
     }
-    const QByteArray encoded = EncodeText(text, file.codecName);
+    const QByteArray encoded = EncodeText(script, file.codecName);
     if (encoded.size() > kMaxScriptBytes) {
         ExpReport(0, EXP_TR("Error: Memory is not enough!"));
         return;
@@ -129,13 +131,13 @@ void CExpAnaMulti::Compile(CCmtd99File &file, const QString &text)
     // The working copy, zero-filled to a multiple of 32 bytes; the trees point into it.
     m_copy = QByteArray((encoded.size() + 32) / 32 * 32, '\0');
     std::copy(encoded.begin(), encoded.end(), m_copy.begin());
-    const std::string_view script(m_copy.constData(), size_t(encoded.size()));
+    const std::string_view copy(m_copy.constData(), size_t(encoded.size()));
     size_t begin = 0;
-    while (begin <= script.size()) {
-        size_t end = script.find('\n', begin);
+    while (begin <= copy.size()) {
+        size_t end = copy.find('\n', begin);
         if (end == std::string_view::npos)
-            end = script.size();
-        std::string_view line = script.substr(begin, end - begin);
+            end = copy.size();
+        std::string_view line = copy.substr(begin, end - begin);
         // A comment runs to the end of the line, quotes or not.
         line = line.substr(0, line.find("//"));
         compileLine(line);

@@ -360,8 +360,8 @@ void runPhaseCurve(const ExpRowSpec &row, const CCmtd99File &file, const Args &a
             return;
         ImpedanceSeries(file, sources[0], sources.data() + 1, int(sources.size()) - 1, part, y);
     } else {
-        const ComplexD k = args[1].type == ExpTypeComplex ? args[1].complex : ComplexD{};
-        if (!args.channel(0) || !sourcesFrom(args, 2, sources))
+        const ComplexD k = args.count > 1 && args[1].type == ExpTypeComplex ? args[1].complex : ComplexD{};
+        if (!args.channel(0) || !sourcesFrom(args, 2, sources) || sources.empty())
             return;
         GroundImpedanceSeries(file, SourceOf(*args.channel(0)), k, sources[0], sources.data() + 1,
                               int(sources.size()) - 1, part, y);

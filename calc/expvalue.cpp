@@ -101,6 +101,10 @@ bool CopyChannelValue(const CChnMapAnalog &source, ExpValue &out)
     record->Copy(*source.config);
     record->ratedFreq = RatedFreq(source);
     record->flags |= CmtdChn_Analog::RatedFreqGiven;
+    // A channel selection treats the copy as the file's channel it was computed from.
+    record->deviceIndex = source.isVirtual ? source.config->deviceIndex : source.config->index;
+    if (record->deviceIndex >= 0)
+        record->flags |= CmtdChn_Analog::DeviceIndexGiven;
     int64_t bytes = 0;
     std::unique_ptr<CChnMapAnalog> map =
         ownedStore(record.get(), source.Values() ? source.sampleCount : 0, bytes);

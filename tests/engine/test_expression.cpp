@@ -4,6 +4,7 @@
 // floats as the rule states.
 
 #include "exprfixture.h"
+#include "virtualchannel.h"
 
 #include <QString>
 
@@ -107,6 +108,14 @@ TEST_F(ExprLanguage, StatementFormsAndNameChecks)
     program.Compile(r.file, QString::fromUtf8("\xc3\xa9 = 1\nfoo"));
     ASSERT_EQ(ExpMessages.size(), 1u);
     EXPECT_EQ(ExpMessages[0].first, 6); // in characters of the script, not bytes
+
+    // The script ends at a NUL character, as a C string does; a name with a NUL inside is
+    // compared up to it, so a file's channel "IA" still gets the suffix.
+    EXPECT_EQ(messages(QString("x = 1") + QChar(0) + "\"UA\" = 1"), QStringList{});
+    QString noMessage;
+    const CChnMapAnalog *suffixed = MakeVirtualChannel(r.file, QByteArray("IA\0tail", 7), noMessage);
+    ASSERT_NE(suffixed, nullptr);
+    EXPECT_STREQ(suffixed->Name(), "IA Virtual Channel");
 
     // A virtual channel's name may be taken again: the new result replaces it.
     run("\"V\" = \"UA\" * 2");
