@@ -84,6 +84,14 @@ bool isNumberText(std::string_view text)
     return true;
 }
 
+// A variable takes the type its statement's expression was given.
+void setVariable(ExpNode &node, ExpStatement &statement)
+{
+    node.kind = ExpNodeVariable;
+    node.variable = &statement;
+    node.type = statement.root ? statement.root->type : 0;
+}
+
 } // namespace
 
 std::string_view ExpTrim(std::string_view text)
@@ -261,9 +269,7 @@ void CExpAnaMulti::buildName(ExpNode &node, int depth)
         node.type = ExpTypeConstant;
         node.value = constant;
     } else if (ExpStatement *variable = FindVariable(text)) {
-        node.kind = ExpNodeVariable;
-        node.variable = variable;
-        node.type = variable->root ? variable->root->type : 0;
+        setVariable(node, *variable);
     } else {
         ExpReport(node.pos, EXP_TR("Error: Unknown variant name [%s]!"), bytesOf(text).constData());
     }
@@ -324,9 +330,7 @@ void CExpAnaMulti::buildChannel(ExpNode &node)
         node.type = ExpTypeChannel;
         node.channel = chn;
     } else if (ExpStatement *variable = FindVariable(name)) {
-        node.kind = ExpNodeVariable;
-        node.variable = variable;
-        node.type = variable->root ? variable->root->type : 0;
+        setVariable(node, *variable);
     } else {
         ExpReport(node.pos, EXP_TR("Error: Unknown channel or variant name [%s]!"),
                   bytesOf(name).constData());

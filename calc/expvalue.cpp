@@ -67,6 +67,16 @@ void ExpValue::clear()
     complex = ComplexD{};
 }
 
+void ExpValue::own(std::unique_ptr<CmtdChn_Analog> record, std::unique_ptr<CChnMapAnalog> map, int64_t bytes)
+{
+    clear();
+    m_record = std::move(record);
+    m_map = std::move(map);
+    m_bytes = bytes;
+    channel = m_map.get();
+    type = ExpTypeChannel;
+}
+
 void ExpValue::setConstant(double v)
 {
     clear();
@@ -119,11 +129,7 @@ bool CopyChannelValue(const CChnMapAnalog &source, ExpValue &out)
     map->direct = source.direct;
     if (source.Values())
         std::copy(source.Values(), source.Values() + source.sampleCount, map->Values());
-    out.m_record = std::move(record);
-    out.m_map = std::move(map);
-    out.m_bytes = bytes;
-    out.channel = out.m_map.get();
-    out.type = ExpTypeChannel;
+    out.own(std::move(record), std::move(map), bytes);
     return true;
 }
 
@@ -140,11 +146,7 @@ bool NewChannelValue(const CCmtd99File &file, ExpValue &out)
     std::unique_ptr<CChnMapAnalog> map = ownedStore(record.get(), std::max(file.loadedPoints, 0), bytes);
     if (!map)
         return false;
-    out.m_record = std::move(record);
-    out.m_map = std::move(map);
-    out.m_bytes = bytes;
-    out.channel = out.m_map.get();
-    out.type = ExpTypeChannel;
+    out.own(std::move(record), std::move(map), bytes);
     return true;
 }
 
@@ -168,12 +170,7 @@ bool TakeValue(ExpValue &from, ExpValue &to)
         from.clear();
         return copied;
     }
-    to.clear();
-    to.m_record = std::move(from.m_record);
-    to.m_map = std::move(from.m_map);
-    to.m_bytes = from.m_bytes;
-    to.channel = from.channel;
-    to.type = ExpTypeChannel;
+    to.own(std::move(from.m_record), std::move(from.m_map), from.m_bytes);
     from.m_bytes = 0;
     from.clear();
     return true;

@@ -51,6 +51,8 @@ private:
     friend bool CopyChannelValue(const CChnMapAnalog &source, ExpValue &out);
     friend bool NewChannelValue(const CCmtd99File &file, ExpValue &out);
     friend bool TakeValue(ExpValue &from, ExpValue &to);
+    // Takes over a channel of the script's own, whose array holds `bytes` of the budget.
+    void own(std::unique_ptr<CmtdChn_Analog> record, std::unique_ptr<CChnMapAnalog> map, int64_t bytes);
     std::unique_ptr<CmtdChn_Analog> m_record;
     std::unique_ptr<CChnMapAnalog> m_map;
     int64_t m_bytes = 0; // of the array, counted against the script's budget

@@ -169,6 +169,8 @@ TEST_F(ExprFunctions, ResultDescriptionsOfTheRows)
     curve("rx_x(\"UA\", \"IA\")");
     EXPECT_EQ(channel("R")->config->primary, 1000.0f / 600.0f);
     EXPECT_EQ(channel("R")->config->secondary, 100.0f / 5.0f);
+    // Out of its ranges the filter takes 5 Hz and 8 points.
+    EXPECT_EQ(curve("flt_hamm(\"UA\", 0, 0)"), curve("flt_hamm(\"UA\", 5, 8)"));
     curve("seq_e(\"UA\", \"UA\", \"UA\", 5)");
     EXPECT_EQ(channel("R")->config->ph, "S0");
     EXPECT_NEAR(channel("R")->Values()[200], 100.0 / std::sqrt(2.0), 0.05); // zero sequence of three equals
@@ -265,4 +267,28 @@ TEST_F(ExprFunctions, AverageWindowAtTheFastestRate)
     };
     EXPECT_NEAR(avg->Values()[50], mean(40, 10), 1e-5);
     EXPECT_NEAR(avg->Values()[250], mean(245, 5), 1e-5);
+}
+
+TEST_F(ExprFunctions, PhaseCurvesTakeTheirArgumentsInOrder)
+{
+    CChnMapAnalog &ub = r.add(Sine(400, 1000.0, 100.0, -120.0));
+    ub.config->ch_id = "UB";
+    CChnMapAnalog &uc = r.add(Sine(400, 1000.0, 100.0, 120.0));
+    uc.config->ch_id = "UC";
+    // A balanced set of 100 V peak: all positive sequence.
+    EXPECT_NEAR(curve("seq_m(\"UA\", \"UB\", \"UC\", 1)")[200], 100.0, 0.01);
+    EXPECT_NEAR(curve("seq_m(\"UA\", \"UB\", \"UC\", 2)")[200], 0.0, 0.01);
+    EXPECT_NEAR(curve("seq_m(\"UA\", \"UB\", \"UC\", 0)")[200], 0.0, 0.01);
+    // 70.7 V and 3.54 A effective, the current lagging by 30 degrees: Q is positive.
+    EXPECT_NEAR(curve("power_q(\"UA\", \"IA\")")[200], 250.0 * 0.5, 0.01);
+    EXPECT_NEAR(curve("power_s(\"UA\", \"IA\")")[200], 250.0, 0.01);
+    EXPECT_NEAR(curve("rx_a(\"UA\", \"IA\")")[200], 30.0, 0.01);
+    // Io first, then K: K·Io adds to the branch current.
+    EXPECT_NEAR(curve("rxk_m(\"IA\", complex(0,0), \"UA\", \"IA\")")[200], 20.0, 0.001);
+    EXPECT_NEAR(curve("rxk_m(\"IA\", complex(1,0), \"UA\", \"IA\")")[200], 10.0, 0.001);
+    EXPECT_NEAR(curve("rxk_m(\"IA\", complex(0,1), \"UA\", \"IA\")")[200], 20.0 / std::sqrt(2.0), 0.001);
+    EXPECT_NEAR(curve("freq_dft(\"UA\")")[200], 50.0, 0.001);
+    // A quoted name of a complex result stores a variable.
+    EXPECT_EQ(run("\"K\" = complex(1,-2)"),
+              QStringList({"No Error!", "[K] Result = 1.000000-j2.000000, Stored in [K]"}));
 }
