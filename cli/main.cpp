@@ -3,6 +3,7 @@
 
 #include "convertverb.h"
 #include "deriveverb.h"
+#include "evalverb.h"
 #include "eventsverb.h"
 #include "harmonicsverb.h"
 #include "impedanceverb.h"
@@ -68,7 +69,10 @@ void printUsage(FILE *out)
         "  zones --json FILE.tzb [--inside R,X]\n"
         "      an impedance boundary file as read, and which of its zones hold a point\n"
         "  power --json PATH --u A1,A2,A3 --i A4,A5,A6 [--primary] [--from N --to M]\n"
-        "      total active, reactive and apparent power of three phases at every sample\n");
+        "      total active, reactive and apparent power of three phases at every sample\n"
+        "  eval --json PATH (--script TEXT | --script-file F)\n"
+        "      compile and run an expression script: its messages, its result log and the samples of\n"
+        "      each new virtual channel; a script with any message does not run (exit 1)\n");
 }
 
 } // namespace
@@ -109,6 +113,8 @@ int main(int argc, char **argv)
         return RunZones(argc - 2, argv + 2);
     if (std::strcmp(verb, "power") == 0)
         return RunPower(argc - 2, argv + 2);
+    if (std::strcmp(verb, "eval") == 0)
+        return RunEval(argc - 2, argv + 2);
     if (std::strcmp(verb, "--help") == 0 || std::strcmp(verb, "help") == 0) {
         printUsage(stdout);
         return 0;

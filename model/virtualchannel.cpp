@@ -139,6 +139,10 @@ CChnMapAnalog *MakeVirtualChannel(CCmtd99File &file, const QByteArray &name, QSt
     // Stores hold names without double quotes; look the name up as it will be held.
     QByteArray wanted = name;
     wanted.replace('"', '_');
+    // Names are compared as C strings: a name must not hide a tail behind a NUL, or the
+    // suffix added below would never make it differ.
+    if (const qsizetype nul = wanted.indexOf('\0'); nul >= 0)
+        wanted.truncate(nul);
     const QByteArray suffix = EncodeText(tr(" Virtual Channel"), file.codecName);
     // Each pass that meets a file's channel makes the name longer, so the passes end.
     for (;;) {

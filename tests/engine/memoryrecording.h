@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdlib>
 #include <memory>
 #include <vector>
 
@@ -61,6 +62,19 @@ public:
 
     CCmtd99File file;
 };
+
+// Sample times in microseconds, one segment after the other.
+inline void SetSampleTimes(CCmtd99File &file)
+{
+    file.sampleTimes = static_cast<int64_t *>(std::malloc(sizeof(int64_t) * size_t(file.loadedPoints)));
+    double t = 0.0;
+    int first = 0;
+    for (const SampleSegment &s : file.segments) {
+        for (int i = first; i < s.end; ++i, t += 1e6 / s.rate)
+            file.sampleTimes[i] = static_cast<int64_t>(std::llround(t));
+        first = s.end;
+    }
+}
 
 // Every test starts and ends with the default method, window and no phase compensation.
 class PhasorSwitchesRestored : public ::testing::Test

@@ -35,19 +35,6 @@ std::vector<float> Periodic(int count, int n, double amplitude)
     return x;
 }
 
-// Sample times in microseconds, one segment after the other.
-void SetTimes(CCmtd99File &file)
-{
-    file.sampleTimes = static_cast<int64_t *>(std::malloc(sizeof(int64_t) * size_t(file.loadedPoints)));
-    double t = 0.0;
-    int first = 0;
-    for (const SampleSegment &s : file.segments) {
-        for (int i = first; i < s.end; ++i, t += 1e6 / s.rate)
-            file.sampleTimes[i] = static_cast<int64_t>(std::llround(t));
-        first = s.end;
-    }
-}
-
 std::vector<float> Derive(const CCmtd99File &file, const CChnMapAnalog &chn, SeriesJobParams params)
 {
     std::vector<float> y(size_t(file.loadedPoints), -1.0f);
@@ -184,7 +171,7 @@ TEST_F(Series, HarmonicCurveOnSlowSegments)
 TEST_F(Series, FrequencyCurvesOfFlatDcAndWeakChannels)
 {
     MemoryRecording r({{1000.0f, 600}});
-    SetTimes(r.file);
+    SetSampleTimes(r.file);
     CChnMapAnalog &zero = r.add(std::vector<float>(600, 0.0f));
     CChnMapAnalog &flat = r.add(std::vector<float>(600, 100.0f));
     CChnMapAnalog &dc = r.add(Sine(600, 1000.0, 100.0, 0.0, 45.0), "mV");
@@ -208,7 +195,7 @@ TEST_F(Series, ZeroCrossCurveRefusesJumpsBeyondTwoPercent)
 {
     // 50 Hz, then from a rising zero at sample 2000 a 51.5 Hz wave: 3% in one step.
     MemoryRecording r({{10000.0f, 4000}});
-    SetTimes(r.file);
+    SetSampleTimes(r.file);
     std::vector<float> x = Periodic(4000, 200, 100.0);
     for (int i = 2000; i < 4000; ++i)
         x[size_t(i)] = float(100.0 * std::sin(2 * M_PI * 51.5 * (i - 2000) / 10000.0));
@@ -228,7 +215,7 @@ TEST_F(Series, ZeroCrossCurveRefusesJumpsBeyondTwoPercent)
 TEST_F(Series, DftInsertEstimateAndCurve)
 {
     MemoryRecording r({{1000.0f, 600}});
-    SetTimes(r.file);
+    SetSampleTimes(r.file);
     // The estimate from the phase step, summed independently with the rectangle-cosine kernel.
     const std::vector<float> x = Sine(600, 1000.0, 100.0, 10.0, 50.3);
     long double re[2] = {0, 0}, im[2] = {0, 0};
