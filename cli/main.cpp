@@ -2,6 +2,7 @@
 // program reads from a recording.
 
 #include "convertverb.h"
+#include "cutverb.h"
 #include "deriveverb.h"
 #include "evalverb.h"
 #include "eventsverb.h"
@@ -70,6 +71,9 @@ void printUsage(FILE *out)
         "      an impedance boundary file as read, and which of its zones hold a point\n"
         "  power --json PATH --u A1,A2,A3 --i A4,A5,A6 [--primary] [--from N --to M]\n"
         "      total active, reactive and apparent power of three phases at every sample\n"
+        "  cut PATH OUT --from N --to M [--channels A1,A2,D1...] [--max-rate HZ] [--ascii|--binary|--csv]\n"
+        "      samples N..M of the chosen channels as a new recording (each rate above HZ thinned) or a\n"
+        "      .csv table; the new recording keeps the plant units of its channels\n"
         "  eval --json PATH (--script TEXT | --script-file F)\n"
         "      compile and run an expression script: its messages, its result log and the samples of\n"
         "      each new virtual channel; a script with any message does not run (exit 1)\n");
@@ -113,6 +117,8 @@ int main(int argc, char **argv)
         return RunZones(argc - 2, argv + 2);
     if (std::strcmp(verb, "power") == 0)
         return RunPower(argc - 2, argv + 2);
+    if (std::strcmp(verb, "cut") == 0)
+        return RunCut(argc - 2, argv + 2);
     if (std::strcmp(verb, "eval") == 0)
         return RunEval(argc - 2, argv + 2);
     if (std::strcmp(verb, "--help") == 0 || std::strcmp(verb, "help") == 0) {

@@ -117,6 +117,19 @@ public:
     bool WriteCfg(QIODevice &out) const;
     bool WriteDat(QIODevice &out);
     void BuildScaleGroups();
+    // Fills this (empty) recording with samples `first` .. `last` of `source` and the chosen
+    // channels, each rate segment above `highestRate` (0: none) thinned to a whole fraction of
+    // its rate; the plant units that use a chosen channel come along with their channels
+    // renumbered. Start and trigger lie on sample `first`. False with `error` when memory ran out.
+    bool CutFrom(const CCmtd99File &source, int first, int last,
+                 const std::vector<const CChnMapAnalog *> &analogs,
+                 const std::vector<const CChnMapStatus *> &statuses, const QByteArray &title,
+                 float highestRate, QString &error);
+    // Samples `first` .. `last` of the chosen channels as a ".csv" table: a head line, then the
+    // sample number, the time from the trigger in microseconds and the values. False with
+    // `error` when the file could not be written.
+    bool SaveCsv(const QString &path, int first, int last, const std::vector<const CChnMapAnalog *> &analogs,
+                 const std::vector<const CChnMapStatus *> &statuses, QString &error) const;
     // Back to the empty state; `datMessages` survive.
     void ClearAll();
     // The engineer's own edits of a loaded recording, the only changes made from outside the

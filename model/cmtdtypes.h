@@ -38,6 +38,8 @@ bool ParseTime2013(const char *text, RecordTime &time, QByteArray &note);
 // Carries clock fields that run over (61 seconds, hour 25) through the calendar, without
 // summer time: a recorder's clock reads the same the year round, in any zone the machine runs.
 void NormalizeClockFields(std::tm &fields);
+// The stamp `microseconds` later (earlier when negative), carried through the calendar.
+RecordTime ShiftRecordTime(const RecordTime &time, int64_t microseconds);
 
 // One sampling segment: rate and the end of its samples, cumulative over the recording.
 struct SampleSegment

@@ -1,5 +1,6 @@
 #include "cmtdtypes.h"
 
+#include <algorithm>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
@@ -157,4 +158,32 @@ bool ParseTime2013(const char *text, RecordTime &time, QByteArray &note)
     note.clear();
     time.Reset();
     return false;
+}
+
+RecordTime ShiftRecordTime(const RecordTime &time, int64_t microseconds)
+{
+    const int64_t total = int64_t(time.microsecond) + microseconds;
+    int64_t seconds = total / 1000000;
+    int64_t rest = total % 1000000;
+    if (rest < 0) {
+        rest += 1000000;
+        --seconds;
+    }
+    std::tm fields{};
+    fields.tm_year = time.year - 1900;
+    fields.tm_mon = time.month - 1;
+    fields.tm_mday = time.day;
+    fields.tm_hour = time.hour;
+    fields.tm_min = time.minute;
+    fields.tm_sec = int(std::clamp<int64_t>(time.second + seconds, INT_MIN / 2, INT_MAX / 2));
+    NormalizeClockFields(fields);
+    RecordTime shifted;
+    shifted.year = int16_t(fields.tm_year + 1900);
+    shifted.month = int16_t(fields.tm_mon + 1);
+    shifted.day = int16_t(fields.tm_mday);
+    shifted.hour = int16_t(fields.tm_hour);
+    shifted.minute = int16_t(fields.tm_min);
+    shifted.second = int16_t(fields.tm_sec);
+    shifted.microsecond = int32_t(rest);
+    return shifted;
 }

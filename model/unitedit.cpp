@@ -514,3 +514,43 @@ void RestoreUnitSnapshot(CCmtd99File &file, const UnitSnapshot &snapshot)
         putInList(file, CloneUnit(*unit), nullptr);
     file.LinkStoresToUnits();
 }
+
+namespace {
+
+// Renumbers a list of channels, dropping those that are gone; whether any stayed.
+bool remapList(std::vector<uint16_t> &list, const std::function<int(int)> &map)
+{
+    std::vector<uint16_t> kept;
+    for (uint16_t index : list) {
+        const int to = map(index);
+        if (to > 0)
+            kept.push_back(uint16_t(to));
+    }
+    list = std::move(kept);
+    return !list.empty();
+}
+
+} // namespace
+
+bool RemapUnitChannels(CmtdInfTrwk_Unit &unit, const std::function<int(int)> &analog,
+                       const std::function<int(int)> &status)
+{
+    bool named = false;
+    for (const ChannelRole &role : ChannelRolesOf(unit)) {
+        for (int place = 0; place < role.count; ++place) {
+            int16_t &index = role.places[place];
+            if (index <= 0)
+                continue;
+            index = int16_t(std::max(0, analog(index)));
+            named = named || index > 0;
+        }
+    }
+    named = remapList(unit.otherAnalog, analog) || named;
+    named = remapList(unit.statusChannels, status) || named;
+    if (unit.kind == CmtdInfTrwk_Unit::KindTransformer) {
+        auto &t = static_cast<CmtdInfTrwk_UnitTrm &>(unit);
+        for (std::vector<uint16_t> *list : {&t.hStatus, &t.mStatus, &t.lStatus, &t.zStatus})
+            named = remapList(*list, status) || named;
+    }
+    return named;
+}

@@ -10,6 +10,7 @@
 
 #include <QStringList>
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -49,6 +50,10 @@ const char *UnitKindText(int kind);
 
 // A copy of a unit of any kind.
 std::unique_ptr<CmtdInfTrwk_Unit> CloneUnit(const CmtdInfTrwk_Unit &unit);
+// Renumbers every channel a unit names (analog roles and lists, status lists) through the
+// maps (old number to new; 0 where the channel is gone); false when it names none of them.
+bool RemapUnitChannels(CmtdInfTrwk_Unit &unit, const std::function<int(int)> &analog,
+                       const std::function<int(int)> &status);
 // A new, empty unit of a kind (1 line ... 5 channel group); null for another number.
 std::unique_ptr<CmtdInfTrwk_Unit> MakeUnit(int kind);
 
