@@ -71,10 +71,8 @@ QComboBox *CPlantCurveDlgBase::addChannelCombo(QFormLayout *form, const QString 
     auto *combo = new QComboBox(form->parentWidget());
     combo->addItem(tr("[Choose Nothing]"), QVariant::fromValue(quintptr(0)));
     for (const auto &map : m_file.analogMaps) {
-        if (map->Class() != chnClass && map.get() != chosen)
-            continue;
-        combo->addItem(QStringLiteral("A%1  %2").arg(map->Index()).arg(m_file.Text(map->Name())),
-                       QVariant::fromValue(quintptr(map.get())));
+        if (map->Class() == chnClass)
+            addChannelEntry(combo, *map);
     }
     selectChannel(combo, chosen);
     form->addRow(label, combo);
@@ -86,9 +84,20 @@ const CChnMapAnalog *CPlantCurveDlgBase::comboChannel(const QComboBox *combo)
     return reinterpret_cast<const CChnMapAnalog *>(combo->currentData().value<quintptr>());
 }
 
+void CPlantCurveDlgBase::addChannelEntry(QComboBox *combo, const CChnMapAnalog &chn)
+{
+    combo->addItem(QStringLiteral("A%1  %2").arg(chn.Index()).arg(m_file.Text(chn.Name())),
+                   QVariant::fromValue(quintptr(&chn)));
+}
+
 void CPlantCurveDlgBase::selectChannel(QComboBox *combo, const CChnMapAnalog *chn)
 {
-    const int at = combo->findData(QVariant::fromValue(quintptr(chn)));
+    int at = combo->findData(QVariant::fromValue(quintptr(chn)));
+    // A unit may name a channel of another class (a voltage recorded without its unit).
+    if (at < 0 && chn) {
+        addChannelEntry(combo, *chn);
+        at = combo->count() - 1;
+    }
     combo->setCurrentIndex(at >= 0 ? at : 0);
 }
 

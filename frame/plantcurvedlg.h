@@ -37,12 +37,14 @@ public:
     const std::vector<CChnMapAnalog *> &made() const { return m_made; }
 
 protected:
-    // A chooser of analog channels of `chnClass` (and the prefilled one, whatever its class),
+    // A chooser of analog channels of `chnClass` (and the chosen one, whatever its class),
     // "[Choose Nothing]" first; its label's mnemonic reaches it from the keyboard.
     QComboBox *addChannelCombo(QFormLayout *form, const QString &label, int chnClass,
                                const CChnMapAnalog *chosen);
     static const CChnMapAnalog *comboChannel(const QComboBox *combo);
-    static void selectChannel(QComboBox *combo, const CChnMapAnalog *chn);
+    // Selects `chn` ("[Choose Nothing]" for null), adding its entry when the combo lacks it.
+    void selectChannel(QComboBox *combo, const CChnMapAnalog *chn);
+    void addChannelEntry(QComboBox *combo, const CChnMapAnalog &chn);
     QDoubleSpinBox *addNumber(QFormLayout *form, const QString &label, double max, int decimals,
                               const QString &suffix, double value);
     // The refusal of bad input: the dialog stays open.
