@@ -164,6 +164,8 @@ bool PowerCurves(const CCmtd99File &file, const PowerInputs &in, const PowerOutp
     SeriesProgress &report = progress ? *progress : none;
     const int total = PowerCurveLength(file, in);
     const PowerChannels chn(in);
+    // U·I* of peak phasors is twice the power of effective values.
+    const double half = 0.5 / out.unitSize;
     ComplexD phasors[kDftBatch];
     return walkWindows(file, windowFreq(in.u), total, report, [&](int i, const Window &w) {
         if (w.state != WindowInside) {
@@ -185,9 +187,8 @@ bool PowerCurves(const CCmtd99File &file, const PowerInputs &in, const PowerOutp
                 if (chn.i[b][p] >= 0)
                     current = current + phasors[chn.i[b][p]].scaled(in.iScale[b][p]);
             }
-            // U·I* of peak phasors is twice the power of effective values.
-            const double pPhase = (u.re * current.re + u.im * current.im) * 0.5;
-            const double qPhase = (u.im * current.re - u.re * current.im) * 0.5;
+            const double pPhase = (u.re * current.re + u.im * current.im) * half;
+            const double qPhase = (u.im * current.re - u.re * current.im) * half;
             writePower(out, p, i, pPhase, qPhase);
             pSum += pPhase;
             qSum += qPhase;

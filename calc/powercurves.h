@@ -43,13 +43,14 @@ struct PowerInputs
     double iScale[2][3] = {{1.0, 1.0, 1.0}, {1.0, 1.0, 1.0}};
 };
 
-// The curves written: W, var and VA of the scaled values, per phase and in total. A null array
-// is not written.
+// The curves written: W, var and VA of the scaled values, per phase and in total, divided by
+// `unitSize` (1e3 writes kW, kvar, kVA). A null array is not written.
 struct PowerOutputs
 {
     float *p[kPowerPlaces] = {};
     float *q[kPowerPlaces] = {};
     float *s[kPowerPlaces] = {};
+    double unitSize = 1.0;
 };
 
 // How many samples the curves have: the shortest channel's (0 without a whole phase).

@@ -123,6 +123,10 @@ public:
     void deriveVirtualChannel(int kind, CChnMapAnalog *source, int row);
     // Asks, then takes a virtual channel out of the view, the forms and the recording.
     bool deleteVirtualChannel(CChnMapAnalog *channel);
+    // The curves of a plant unit in operation (jobs 10 to 12): the setup prefilled from `unit`
+    // (none: empty), the new channels under the last of their inputs, and the job that fills
+    // them when the worker is free. False when nothing was started.
+    bool startPlantCurve(int kind, const CmtdInfTrwk_Unit *unit);
     // Switches to the wave page and shows analysis form `number`.
     void showAnaForm(int number);
     // Enters or leaves a zoom mode of the mouse (0, 4096 free horizontal, 8192 vertical).
@@ -218,6 +222,14 @@ private:
     void slot_CoordinateXY();
     void slot_WaveShowAnaRX();
     void slot_WaveShowAnaHm();
+    // The curves of plant units: the chosen unit of the selector, or the first of the kind.
+    const CmtdInfTrwk_Unit *unitForCurves(int kind) const;
+    void slot_WaveShowAnaPqs();
+    void slot_UntAnaTrmPqs();
+    void slot_UntAnaTrmUf();
+    void slot_UntAnaPwrPqs();
+    void slot_UntAnaPwrUf();
+    void slot_UntAnaPwrAng();
 
     QAction *m_actions[ActionCount] = {};
     QComboBox *unitSelector = nullptr;

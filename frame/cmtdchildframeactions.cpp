@@ -175,6 +175,12 @@ void CCmtdChildFrame::createActions()
         {ActCoordinateXY, &CCmtdChildFrame::slot_CoordinateXY},
         {ActAnaRX, &CCmtdChildFrame::slot_WaveShowAnaRX},
         {ActAnaHm, &CCmtdChildFrame::slot_WaveShowAnaHm},
+        {ActAnaPqs, &CCmtdChildFrame::slot_WaveShowAnaPqs},
+        {ActTrmPqs, &CCmtdChildFrame::slot_UntAnaTrmPqs},
+        {ActTrmUf, &CCmtdChildFrame::slot_UntAnaTrmUf},
+        {ActPwrPqs, &CCmtdChildFrame::slot_UntAnaPwrPqs},
+        {ActPwrUf, &CCmtdChildFrame::slot_UntAnaPwrUf},
+        {ActPwrAng, &CCmtdChildFrame::slot_UntAnaPwrAng},
     };
     for (const auto &w : working) {
         m_actions[w.id]->setProperty("works", true);

@@ -93,6 +93,8 @@ void CCmtdThread::run()
 
 void CCmtdThread::runJob(int job, void *argument)
 {
+    if (runPlantJob(job, argument))
+        return;
     if (job >= SeriesJobDelta && job <= SeriesJobFreqDft) {
         auto *work = static_cast<VirtualChannelJob *>(argument);
         if (work && work->target && work->source)
@@ -113,5 +115,35 @@ void CCmtdThread::runJob(int job, void *argument)
         // An over-long file ends the loader before its closing step.
         if (file.scaleGroups.empty())
             file.BuildScaleGroups();
+    }
+}
+
+bool CCmtdThread::runPlantJob(int job, void *argument)
+{
+    CCmtd99File &file = owner->recordingForJob();
+    switch (job) {
+    case PlantJobVoltsPerHertz: {
+        auto *work = static_cast<UfCurveJob *>(argument);
+        if (work && work->target)
+            RunUfJob(file, work->params, *work->target, report, owner);
+        delete work;
+        return true;
+    }
+    case PlantJobPower: {
+        auto *work = static_cast<PowerCurveJob *>(argument);
+        if (work)
+            RunPowerJob(file, work->params, work->channels, report, owner);
+        delete work;
+        return true;
+    }
+    case PlantJobLoadAngle: {
+        auto *work = static_cast<LoadAngleCurveJob *>(argument);
+        if (work && work->target)
+            RunLoadAngleJob(file, work->params, *work->target, report, owner);
+        delete work;
+        return true;
+    }
+    default:
+        return false;
     }
 }

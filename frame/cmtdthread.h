@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstdint>
 
+#include "plantjobs.h"
 #include "rxobject.h"
 #include "seriesjob.h"
 
@@ -30,6 +31,26 @@ struct RxTraceJob
     int lo = 0;
     int hi = 0;
     bool complete = false;
+};
+
+// The arguments of jobs 10 to 12: the curves of a plant unit with the channels made for them.
+// The worker frees them.
+struct UfCurveJob
+{
+    UfJobParams params;
+    CChnMapAnalog *target = nullptr;
+};
+
+struct PowerCurveJob
+{
+    PowerJobParams params;
+    PowerJobChannels channels;
+};
+
+struct LoadAngleCurveJob
+{
+    LoadAngleJobParams params;
+    CChnMapAnalog *target = nullptr;
 };
 
 // Progress of a job, posted from the worker to its frame. Event type 1000; `code` is the
@@ -87,4 +108,6 @@ protected:
 
 private:
     void runJob(int job, void *argument);
+    // Jobs 10 to 12; false for another kind.
+    bool runPlantJob(int job, void *argument);
 };

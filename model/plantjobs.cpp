@@ -153,6 +153,20 @@ void describeCurve(CChnMapAnalog &target, const CChnMapAnalog *input, const char
     target.isVirtual = true;
 }
 
+// A power curve holds its values in kW or MW as they are shown: its unit stays whole, with the
+// factor and coefficients of a unit without prefix, so that nothing scales the values again.
+void keepUnitWhole(CChnMapAnalog &target, const QByteArray &unit)
+{
+    target.unit = ChnUnit{};
+    qstrncpy(target.unit.text, unit.constData(), sizeof target.unit.text);
+    if (target.config) {
+        target.gain = double(target.config->a);
+        target.offset = double(target.config->b);
+        target.rangeMin = static_cast<float>(double(target.config->min) * target.gain + target.offset);
+        target.rangeMax = static_cast<float>(double(target.config->max) * target.gain + target.offset);
+    }
+}
+
 // The outer form of a curve job around one or more targets: extents reset and the arrays zeroed
 // (a channel taken again keeps nothing of its earlier curve, also where a stop leaves the new
 // one short), then extents recomputed and the job's flag bits cleared, also for a stopped job.
@@ -339,6 +353,7 @@ bool MakePowerChannels(CCmtd99File &file, const PowerJobParams &params, PowerJob
 {
     out = PowerJobChannels{};
     const char prefix = PowerUnitPrefix(params);
+    out.unitSize = prefix == 'M' ? 1.0e6 : 1.0e3;
     const CChnMapAnalog *const *inputs[] = {params.u, params.i, params.i2};
     static const char *const phases[] = {"A", "B", "C", ""};
     const uint32_t kinds[] = {PowerActive, PowerReactive, PowerApparent};
@@ -358,8 +373,9 @@ bool MakePowerChannels(CCmtd99File &file, const PowerJobParams &params, PowerJob
                 makeChannel(file, PowerChannelName(params, kinds[k], place), inputs, 3, 3, message);
             if (!map)
                 return false;
-            describeCurve(*map, first, PowerUnitText(kinds[k], prefix).constData(), ClassPower, phases[place],
-                          params.primary);
+            const QByteArray unit = PowerUnitText(kinds[k], prefix);
+            describeCurve(*map, first, unit.constData(), ClassPower, phases[place], params.primary);
+            keepUnitWhole(*map, unit);
             targets[k][place] = map;
         }
     }
@@ -390,6 +406,7 @@ bool RunPowerJob(CCmtd99File &file, const PowerJobParams &params, const PowerJob
     const PowerInputs in = PowerJobInputs(params);
     const int total = PowerCurveLength(file, in);
     PowerOutputs out;
+    out.unitSize = channels.unitSize;
     for (int place = 0; place < kPowerPlaces; ++place) {
         out.p[place] = arrayFor(channels.p[place], total);
         out.q[place] = arrayFor(channels.q[place], total);

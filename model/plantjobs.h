@@ -39,12 +39,14 @@ struct PowerJobParams
 };
 
 // The channels a power job writes, by kind and place (phases A, B, C, total); null where the
-// curve is not wanted or its phase has no channels.
+// curve is not wanted or its phase has no channels. `unitSize` is the W (var, VA) of one stored
+// value: 1e3 for channels in kW, 1e6 for MW.
 struct PowerJobChannels
 {
     CChnMapAnalog *p[kPowerPlaces] = {};
     CChnMapAnalog *q[kPowerPlaces] = {};
     CChnMapAnalog *s[kPowerPlaces] = {};
+    double unitSize = 1000.0;
 };
 
 // Voltage over frequency of one winding. The rated voltage is that of the winding, line to
@@ -93,8 +95,9 @@ double UfRatedVoltage(const UfJobParams &params);
 LoadAngleInputs LoadAngleJobInputs(const LoadAngleJobParams &params);
 
 // 'M' when the three phases at the channels' peak values carry a megawatt or more on the chosen
-// side, else 'k': the curves' units are then MW, Mvar, MVA or kW, kvar, kVA. The samples stay in
-// W, var and VA, as every store holds its values without the unit's prefix.
+// side, else 'k': the curves' units are then MW, Mvar, MVA or kW, kvar, kVA. The samples are held
+// in that unit, the unit's text whole (no prefix split off), so that the name column, the scales
+// and written files show the numbers as they stand.
 char PowerUnitPrefix(const PowerJobParams &params);
 QByteArray PowerUnitText(uint32_t kind, char prefix);
 

@@ -2,6 +2,7 @@
 // unbalanced), primary values and unit sizes of the power channels, U/f at rated and 110 %
 // voltage, and the load angle of a generator at a worked operating point.
 
+#include "chntext.h"
 #include "chnvocabulary.h"
 #include "memoryrecording.h"
 #include "plantjobs.h"
@@ -163,23 +164,27 @@ TEST(PowerJob, PrimaryValuesUnitsDirectionAndStop)
     EXPECT_STREQ(made.p[1]->Name(), "T1 P B");
     EXPECT_STREQ(made.s[kPowerTotal]->Name(), "T1 S");
     EXPECT_EQ(made.s[kPowerTotal]->config->uu, "MVA");
+    // The values are held in MW as shown: the unit is not split into a prefix.
+    EXPECT_STREQ(made.p[1]->unit.text, "MW");
+    EXPECT_EQ(FormatChannelNumber(*made.p[1], 1.5, 0), "1.500MW");
     EXPECT_EQ(made.p[1]->Class(), ClassPower);
     EXPECT_EQ(made.p[1]->Phase(), PhaseB);
     EXPECT_TRUE(made.p[1]->direct && !made.p[1]->IsAC());
 
     made.p[kPowerTotal]->flags = 0x2 | 0x100;
     ASSERT_TRUE(RunPowerJob(file, params, made, nullptr, nullptr));
-    const double phaseWatts = 100.0 / std::sqrt(3.0) * 2200.0 * 1200.0;
-    EXPECT_TRUE(NearRelative(made.p[1]->Value(200), phaseWatts, 1e-5));
-    EXPECT_TRUE(NearRelative(made.p[kPowerTotal]->Value(200), 3 * phaseWatts, 1e-5));
-    EXPECT_TRUE(NearRelative(made.p[kPowerTotal]->maxValue, 3 * phaseWatts, 1e-4));
+    const double phaseMw = 100.0 / std::sqrt(3.0) * 2200.0 * 1200.0 / 1e6;
+    EXPECT_TRUE(NearRelative(made.p[1]->Value(200), phaseMw, 1e-5));
+    EXPECT_TRUE(NearRelative(made.p[kPowerTotal]->Value(200), 3 * phaseMw, 1e-5));
+    EXPECT_TRUE(NearRelative(made.p[kPowerTotal]->maxValue, 3 * phaseMw, 1e-4));
     EXPECT_EQ(made.p[kPowerTotal]->flags, 0x2u);
 
-    // Current transformers pointing into the plant: the same flow reads as import.
+    // Current transformers pointing into the plant: the same flow reads as import, in the MW of
+    // the channels made.
     params.currentSign = -1.0f;
     params.primary = false;
     ASSERT_TRUE(RunPowerJob(file, params, made, nullptr, nullptr));
-    EXPECT_TRUE(NearRelative(made.p[kPowerTotal]->Value(200), -3 * 100.0 / std::sqrt(3.0), 1e-5));
+    EXPECT_TRUE(NearRelative(made.p[kPowerTotal]->Value(200), -3 * 100.0 / std::sqrt(3.0) / 1e6, 1e-5));
 
     // Stopped at the first poll: the samples before it stay, nothing behind.
     const auto stopAtOnce = [](void *, int code, int, int) { return code == 8 ? 50 : code == 0 ? -1 : 0; };
