@@ -1,6 +1,7 @@
 // veldrix-cli: the recording engine without a window, for scripts and for checking what the
 // program reads from a recording.
 
+#include "combineverb.h"
 #include "convertverb.h"
 #include "cutverb.h"
 #include "deriveverb.h"
@@ -74,6 +75,10 @@ void printUsage(FILE *out)
         "  cut PATH OUT --from N --to M [--channels A1,A2,D1...] [--max-rate HZ] [--ascii|--binary|--csv]\n"
         "      samples N..M of the chosen channels as a new recording (each rate above HZ thinned) or a\n"
         "      .csv table; the new recording keeps the plant units of its channels\n"
+        "  combine OUT --base PATH --from N --to M [--channels ...] --other PATH --align OTHER:BASE\n"
+        "          [--method 0..4] [--channels ...] [--other ...] [--ascii]\n"
+        "      recordings of one event on the time axis of the base's range: each other file's channels\n"
+        "      resampled at its align point (0 Hermite, 1 Lagrange parabola, 2 Newton, 3 line, 4 carry)\n"
         "  eval --json PATH (--script TEXT | --script-file F)\n"
         "      compile and run an expression script: its messages, its result log and the samples of\n"
         "      each new virtual channel; a script with any message does not run (exit 1)\n");
@@ -117,6 +122,8 @@ int main(int argc, char **argv)
         return RunZones(argc - 2, argv + 2);
     if (std::strcmp(verb, "power") == 0)
         return RunPower(argc - 2, argv + 2);
+    if (std::strcmp(verb, "combine") == 0)
+        return RunCombine(argc - 2, argv + 2);
     if (std::strcmp(verb, "cut") == 0)
         return RunCut(argc - 2, argv + 2);
     if (std::strcmp(verb, "eval") == 0)

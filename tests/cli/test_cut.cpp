@@ -45,3 +45,33 @@ TEST(CliCut, RangeChannelsRateAndRefusals)
     EXPECT_EQ(cli({"cut", path, out, "--from", "5000", "--to", "6000"}).code, 2);
     EXPECT_EQ(cli({"cut", path, out, "--from", "0", "--to", "9", "--channels", "A99"}).code, 2);
 }
+
+TEST(CliCombine, AnotherFileAtItsAlignPointAndRefusals)
+{
+    QTemporaryDir dir;
+    const QString path = writeRecording(dir.path());
+    // The other file is a cut of the same recording from sample 50: its sample 10 is sample 60.
+    const QString other = dir.filePath("other.cfg");
+    ASSERT_EQ(cli({"cut", path, other, "--from", "50", "--to", "349", "--channels", "A1,D1"}).code, 0);
+    const QString out = dir.filePath("both.cfg");
+    const CliRun run = cli({"combine", out, "--base", path, "--from", "100", "--to", "299", "--channels",
+                            "A1", "--other", other, "--align", "10:60", "--method", "3"});
+    ASSERT_EQ(run.code, 0) << run.err.constData();
+    const CliRun info = cli({"info", "--json", out});
+    ASSERT_EQ(info.code, 0) << info.err.constData();
+    EXPECT_EQ(info.json()["analogCount"].toInt(), 2);
+    EXPECT_EQ(info.json()["statusCount"].toInt(), 1);
+    // Both analog channels are UA over the same samples.
+    const QJsonObject samples =
+        cli({"samples", "--json", out, "--channel", "A1", "--channel", "A2", "--from", "0", "--to", "199"})
+            .json()["analog"]
+            .toObject();
+    EXPECT_EQ(samples["1"].toArray().size(), 200);
+    EXPECT_EQ(samples["1"].toArray(), samples["2"].toArray());
+
+    EXPECT_EQ(cli({"combine", path, "--base", path, "--from", "0", "--to", "99", "--other", other, "--align",
+                   "0:0"})
+                  .code,
+              2);
+    EXPECT_EQ(cli({"combine", out, "--base", path, "--from", "0", "--to", "99", "--other", other}).code, 2);
+}

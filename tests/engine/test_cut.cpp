@@ -1,8 +1,11 @@
 // A cut of a recording: its rate segments (thinned, joined), its samples taken at the right
 // source samples, its units with renumbered channels, the ".csv" table, and a cut of each field
-// recording written and read back with the samples of its range.
+// recording written and read back with the samples of its range. The combination of recordings
+// on the base's time axis: exact copies, interpolations, the head before the other file's
+// start, status held to the end.
 
 #include "cmtd99file.h"
+#include "cmtdcombin.h"
 #include "exactcopy.h"
 #include "memoryrecording.h"
 #include "units.h"
@@ -25,10 +28,10 @@ std::vector<float> Ramp(int count)
     return x;
 }
 
-void SetTimes(CCmtd99File &file)
+void SetTimes(CCmtd99File &file, int64_t offset = 0)
 {
     file.sampleTimes = static_cast<int64_t *>(std::malloc(sizeof(int64_t) * size_t(file.loadedPoints)));
-    int64_t t = 0;
+    int64_t t = offset;
     for (const SampleSegment &s : file.segments) {
         for (int n = s.start; n < s.end; ++n) {
             file.sampleTimes[n] = t;
@@ -184,4 +187,73 @@ TEST(Cut, FieldRecordingsReadBackOverTheirRange)
         }
     }
     EXPECT_GT(cuts, 0);
+}
+
+TEST(Combin, ExactCopiesInterpolationsHeadsAndHeldStates)
+{
+    // Base: 1 kHz, 400 samples. Other: 1 kHz too, a ramp and a status that is on at its end;
+    // other sample 0 lies on base sample 150, so its head is empty.
+    MemoryRecording base({{1000.0f, 400}});
+    base.add(Sine(400, 1000.0, 10.0));
+    SetTimes(base.file);
+    MemoryRecording other({{1000.0f, 200}});
+    other.add(Ramp(200), "A");
+    SetTimes(other.file);
+    auto record = std::make_unique<CmtdChn_Status>();
+    record->Reset(1);
+    other.file.statusChannels.push_back(std::move(record));
+    auto status = std::make_unique<CChnMapStatus>(other.file.statusChannels.back().get());
+    status->allocate(200);
+    for (int n = 0; n < 200; ++n)
+        status->SetBit(n, n >= 190);
+    other.file.statusMaps.push_back(std::move(status));
+
+    CCmtd99FileCombin combin;
+    combin.m_base.file = &base.file;
+    combin.m_base.first = 100;
+    combin.m_base.last = 399;
+    combin.m_base.analogChannels = AllAnalogs(base.file);
+    CombinItem &item = combin.addOther(&other.file);
+    item.alignPoint = 0;
+    item.baseAlignPoint = 150;
+    item.method = CombinHermite;
+    item.analogChannels = AllAnalogs(other.file);
+    item.statusChannels = {other.file.statusMaps[0].get()};
+    QString error;
+    ASSERT_TRUE(combin.build(error));
+    const CCmtd99File &result = *combin.m_result;
+    ASSERT_EQ(result.analogMaps.size(), 2u);
+    EXPECT_EQ(result.analogChannels[1]->index, 2);
+    const float *x = result.analogMaps[1]->Values();
+    // Result sample r is base sample 100 + r: the other file begins at result sample 50.
+    EXPECT_EQ(x[49], 0.0f);
+    for (int r = 50; r < 250; ++r)
+        ASSERT_EQ(x[r], float(r - 50)) << r; // same rate, samples on samples: copied
+    EXPECT_EQ(x[250], 0.0f);                 // behind the other file's end
+    const CChnMapStatus &held = *result.statusMaps[0];
+    EXPECT_EQ(held.Bit(239), 0);
+    EXPECT_EQ(held.Bit(240), 1);
+    EXPECT_EQ(held.Bit(299), 1); // on at the other's end: held to the result's end
+    EXPECT_EQ(combin.removeOther(&other.file), 0);
+    EXPECT_EQ(combin.removeOther(&other.file), -1);
+
+    // A ramp at 800 Hz: result sample 10 (10 ms) meets its sample 8 exactly, sample 11 (11 ms)
+    // lies between its samples 8 (10 ms) and 9 (11.25 ms). Every method is the ramp itself
+    // there (8.8); the carried value repeats what was written last (8).
+    MemoryRecording slow({{800.0f, 200}});
+    slow.add(Ramp(200), "A");
+    SetTimes(slow.file);
+    for (int method : {CombinHermite, CombinLagrange1, CombinLagrange2, CombinNewton, CombinKriging}) {
+        CCmtd99FileCombin c;
+        c.m_base = combin.m_base;
+        CombinItem &it = c.addOther(&slow.file);
+        it.alignPoint = 0;
+        it.baseAlignPoint = 100;
+        it.method = method;
+        it.analogChannels = AllAnalogs(slow.file);
+        ASSERT_TRUE(c.build(error));
+        const float *y = c.m_result->analogMaps[1]->Values();
+        EXPECT_EQ(y[10], 8.0f) << method;
+        EXPECT_NEAR(y[11], method == CombinKriging ? 8.0f : 8.8f, 1e-5) << method;
+    }
 }
