@@ -1,6 +1,7 @@
 #include "mainframe.h"
 
 #include "anaforms.h"
+#include "filecombindlg.h"
 #include "fileinfpathmapdlg.h"
 
 #include "cmtd99file.h"
@@ -47,10 +48,8 @@ void CMainFrame::createActions()
     m_openAction = new QAction(QIcon(QStringLiteral(":/images/FileOpen.png")), QString(), this);
     m_openAction->setShortcut(QKeySequence::Open);
     connect(m_openAction, &QAction::triggered, this, &CMainFrame::slot_FileOpen);
-    // Joining recordings comes with its own work; until then its entry is shown but cannot be
-    // chosen.
     m_combinAction = new QAction(this);
-    m_combinAction->setEnabled(false);
+    connect(m_combinAction, &QAction::triggered, this, &CMainFrame::slot_FileCombin);
     m_infMapAction = new QAction(this);
     connect(m_infMapAction, &QAction::triggered, this, [this] {
         CFileInfPathMapDlg dialog(this);
@@ -329,6 +328,28 @@ void CMainFrame::slot_FileOpen()
     const QStringList paths = QFileDialog::getOpenFileNames(this, QString(), lastDirectory, filter);
     for (const QString &path : paths)
         openFile(path);
+}
+
+void CMainFrame::slot_FileCombin()
+{
+    // Any open recording with its samples may take part.
+    QList<CCmtdChildFrame *> recordings;
+    for (CCmtdChildFrame *frame : findChildren<CCmtdChildFrame *>()) {
+        if (frame->recording().loadedPoints >= 5 && !frame->isBackgroundBusy())
+            recordings << frame;
+    }
+    if (recordings.isEmpty()) {
+        QMessageBox::warning(this, QString(), tr("No Opened Files to Chooese!"));
+        return;
+    }
+    // The recording on show is the proposed base.
+    if (auto *active = qobject_cast<CCmtdChildFrame *>(activeChild); active && recordings.contains(active))
+        recordings.move(recordings.indexOf(active), 0);
+    CFileCombinDlg dialog(recordings, this);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    if (QMessageBox::question(this, QString(), tr("Combin Success, open it now?")) == QMessageBox::Yes)
+        openFile(dialog.resultPath());
 }
 
 void CMainFrame::slot_About()

@@ -45,6 +45,7 @@ private:
     void slot_FileRecentOpen();
     void slot_Options();
     void slot_About();
+    void slot_FileCombin();
     void slot_childTabChanged(int index);
 
     QMenu *m_fileMenu = nullptr;

@@ -3,6 +3,7 @@
 #include "cmtd99file.h"
 #include "exactcopy.h"
 #include "interpolation.h"
+#include "seriesframe.h"
 #include "unitedit.h"
 
 #include <QCoreApplication>
@@ -106,9 +107,9 @@ bool addChannels(CCmtd99File &result, const CombinItem &item, std::vector<CChnMa
     return true;
 }
 
-void mergeSamples(CCmtd99File &result, const CCmtd99File &source, int64_t baseAlignTime,
+bool mergeSamples(CCmtd99File &result, const CCmtd99File &source, int64_t baseAlignTime,
                   const CombinItem &item, const std::vector<CChnMapAnalog *> &analogs,
-                  const std::vector<CChnMapStatus *> &statuses)
+                  const std::vector<CChnMapStatus *> &statuses, SeriesProgress *progress, int done)
 {
     const double shift =
         double(source.sampleTimes
@@ -119,6 +120,8 @@ void mergeSamples(CCmtd99File &result, const CCmtd99File &source, int64_t baseAl
     int hint = 0;
     int lastMatched = -1;
     for (int r = 0; r < result.loadedPoints; ++r) {
+        if (progress && !progress->at(done + r))
+            return false;
         const double time = double(result.sampleTimes ? result.sampleTimes[r] : 0) + shift;
         int i = sampleAtOrBefore(source, time, hint);
         if (i < 0)
@@ -162,6 +165,7 @@ void mergeSamples(CCmtd99File &result, const CCmtd99File &source, int64_t baseAl
                 statuses[c]->flags |= CChnMapBase::FlagShifts;
         }
     }
+    return true;
 }
 
 void copyUnits(CCmtd99File &result, const CCmtd99File &source, const CombinItem &item, int analogBase,
@@ -213,7 +217,7 @@ QString CombinMethodText(int method)
 }
 
 bool MergeFrom(CCmtd99File &result, const CCmtd99File &source, int64_t baseAlignTime, const CombinItem &item,
-               QString &error)
+               QString &error, SeriesProgress *progress, int done)
 {
     const int analogBase = int(result.analogChannels.size());
     const int statusBase = int(result.statusChannels.size());
@@ -221,7 +225,8 @@ bool MergeFrom(CCmtd99File &result, const CCmtd99File &source, int64_t baseAlign
     std::vector<CChnMapStatus *> statuses;
     if (!addChannels(result, item, analogs, statuses, error))
         return false;
-    mergeSamples(result, source, baseAlignTime, item, analogs, statuses);
+    if (!mergeSamples(result, source, baseAlignTime, item, analogs, statuses, progress, done))
+        return false;
     for (CChnMapAnalog *map : analogs)
         map->updateExtent();
     copyUnits(result, source, item, analogBase, statusBase);
@@ -260,8 +265,9 @@ CombinItem *CCmtd99FileCombin::item(const CCmtd99File *file)
     return nullptr;
 }
 
-bool CCmtd99FileCombin::build(QString &error, float highestRate)
+bool CCmtd99FileCombin::build(QString &error, float highestRate, ProgressFn report, void *owner)
 {
+    stopped = false;
     if (!m_base.file)
         return false;
     m_result = std::make_unique<CCmtd99File>();
@@ -269,21 +275,29 @@ bool CCmtd99FileCombin::build(QString &error, float highestRate)
                            m_base.statusChannels, m_strTitle, highestRate, error))
         return false;
     const int64_t *baseTimes = m_base.file->sampleTimes;
+    const int points = m_result->loadedPoints;
+    SeriesProgress progress(report, owner,
+                            int(std::min<int64_t>(int64_t(points) * int64_t(m_others.size()), INT32_MAX)));
+    int done = 0;
     for (const auto &other : m_others) {
         if (!other->file)
             continue;
         const int64_t alignTime = baseTimes ? baseTimes[other->baseAlignPoint] - baseTimes[m_base.first] : 0;
-        if (!MergeFrom(*m_result, *other->file, alignTime, *other, error))
+        if (!MergeFrom(*m_result, *other->file, alignTime, *other, error, report ? &progress : nullptr,
+                       done)) {
+            stopped = progress.stopped();
             return false;
+        }
+        done += points;
     }
     m_result->BuildScaleGroups();
     return true;
 }
 
 bool CCmtd99FileCombin::run(const QString &basePath, QString &error, const QByteArray &datMode,
-                            float highestRate)
+                            float highestRate, ProgressFn report, void *owner)
 {
-    if (!build(error, highestRate))
+    if (!build(error, highestRate, report, owner))
         return false;
     // The exact-copy writer keeps every value as read (primary channels, unit prefixes).
     ExactCopyFormat format;

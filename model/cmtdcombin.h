@@ -8,12 +8,16 @@
 #include <QByteArray>
 #include <QString>
 
+#include <cstdint>
+
 #include <memory>
 #include <vector>
 
 class CCmtd99File;
 class CChnMapAnalog;
 class CChnMapStatus;
+class SeriesProgress;
+using ProgressFn = int (*)(void *context, int code, int total, int current);
 
 // The interpolation of a combination, as the dialog numbers them.
 enum CombinMethod
@@ -58,15 +62,18 @@ public:
     CombinItem *item(const CCmtd99File *file);
 
     // Builds the result in memory: the base's cut, then each other file merged in order. False
-    // with `error` when memory ran out.
-    bool build(QString &error, float highestRate = 0.0f);
+    // with `error` when memory ran out or the progress asked to stop (then `stopped`).
+    bool build(QString &error, float highestRate = 0.0f, ProgressFn report = nullptr, void *owner = nullptr);
+    bool stopped = false;
     // Builds and writes the result as `basePath` + ".cfg", ".dat" and ".inf" (`datMode`
     // "ASCII" or "BINARY"); false with the failure's message.
-    bool run(const QString &basePath, QString &error, const QByteArray &datMode, float highestRate = 0.0f);
+    bool run(const QString &basePath, QString &error, const QByteArray &datMode, float highestRate = 0.0f,
+             ProgressFn report = nullptr, void *owner = nullptr);
 };
 
 // Merges the chosen channels of `item` (from `source`) into `result`: `baseAlignTime` is the
 // time of the item's base align point after the first sample of the base range, in the base
 // file's microseconds. False with `error` when memory ran out.
+// `progress` (optional) counts the result's samples from `done`; false also when it asks to stop.
 bool MergeFrom(CCmtd99File &result, const CCmtd99File &source, int64_t baseAlignTime, const CombinItem &item,
-               QString &error);
+               QString &error, SeriesProgress *progress = nullptr, int done = 0);

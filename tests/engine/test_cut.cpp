@@ -7,6 +7,7 @@
 #include "cmtd99file.h"
 #include "cmtdcombin.h"
 #include "exactcopy.h"
+#include "inception.h"
 #include "memoryrecording.h"
 #include "units.h"
 
@@ -256,4 +257,23 @@ TEST(Combin, ExactCopiesInterpolationsHeadsAndHeldStates)
         EXPECT_EQ(y[10], 8.0f) << method;
         EXPECT_NEAR(y[11], method == CombinKriging ? 8.0f : 8.8f, 1e-5) << method;
     }
+}
+
+TEST(Combin, FaultInceptionIsTheFirstJumpOfAnyChannel)
+{
+    // A 50 Hz current of 1 A peak at 1 kHz that rises to 8 A from sample 230 on, beside a
+    // steady voltage; from sample 250 on nothing jumps any more.
+    MemoryRecording r({{1000.0f, 400}});
+    std::vector<float> current = Sine(400, 1000.0, 1.0, 30.0);
+    for (int n = 230; n < 400; ++n)
+        current[size_t(n)] *= 8.0f;
+    r.add(Sine(400, 1000.0, 100.0));
+    r.add(current, "A");
+    SetTimes(r.file);
+    for (const auto &map : r.file.analogMaps)
+        map->updateExtent(); // as a load leaves them
+    const std::vector<const CChnMapAnalog *> both = AllAnalogs(r.file);
+    EXPECT_EQ(FirstJumpSample(r.file, both, 0), 230);
+    EXPECT_EQ(FirstJumpSample(r.file, {both[0]}, 0), -1);
+    EXPECT_EQ(FirstJumpSample(r.file, both, 250), -1);
 }
