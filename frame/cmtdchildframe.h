@@ -123,6 +123,10 @@ public:
     void deriveVirtualChannel(int kind, CChnMapAnalog *source, int row);
     // Asks, then takes a virtual channel out of the view, the forms and the recording.
     bool deleteVirtualChannel(CChnMapAnalog *channel);
+    // Virtual channels that the interface thread put into the recording whole (a script's
+    // results): shown after the last analog row, and the scale groups, summaries and name
+    // column taken anew. A channel that has its row already keeps it.
+    void showAddedChannels(const std::vector<CChnMapAnalog *> &channels);
     // Switches to the wave page and shows analysis form `number`.
     void showAnaForm(int number);
     // Enters or leaves a zoom mode of the mouse (0, 4096 free horizontal, 8192 vertical).
@@ -218,6 +222,7 @@ private:
     void slot_CoordinateXY();
     void slot_WaveShowAnaRX();
     void slot_WaveShowAnaHm();
+    void slot_ToolExp();
 
     QAction *m_actions[ActionCount] = {};
     QComboBox *unitSelector = nullptr;

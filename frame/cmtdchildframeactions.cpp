@@ -175,6 +175,7 @@ void CCmtdChildFrame::createActions()
         {ActCoordinateXY, &CCmtdChildFrame::slot_CoordinateXY},
         {ActAnaRX, &CCmtdChildFrame::slot_WaveShowAnaRX},
         {ActAnaHm, &CCmtdChildFrame::slot_WaveShowAnaHm},
+        {ActToolExp, &CCmtdChildFrame::slot_ToolExp},
     };
     for (const auto &w : working) {
         m_actions[w.id]->setProperty("works", true);
@@ -613,6 +614,11 @@ void CCmtdChildFrame::slot_WaveShowAnaRX()
 void CCmtdChildFrame::slot_WaveShowAnaHm()
 {
     showAnaForm(9);
+}
+
+void CCmtdChildFrame::slot_ToolExp()
+{
+    showAnaForm(3);
 }
 
 void CCmtdChildFrame::hideUnrelated(const std::vector<CChnMapBase *> &related)
