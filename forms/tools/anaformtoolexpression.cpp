@@ -287,6 +287,9 @@ bool CAnaFormToolExpression::run()
             channels.push_back(line.channel);
     }
     m_pFrame->showAddedChannels(channels);
+    // The wave scrolls to the first new channel, so that the engineer sees what came out.
+    if (!channels.empty())
+        m_pFrame->nameView()->showChannel(channels.front());
     refreshChannelNames();
     m_tabs->setCurrentWidget(m_log);
     return true;
