@@ -384,7 +384,8 @@ void CAnaFormToolExpression::storeExpressionLines()
     if (lines == file.expressionLines)
         return;
     file.expressionLines = lines;
-    m_pFrame->setModified(true);
+    if (!m_pFrame->isModified())
+        m_pFrame->setModified(true);
 }
 
 void CAnaFormToolExpression::slot_textChanged()
