@@ -2,6 +2,7 @@
 // program, the application object, style, font and language, the main frame, and the recordings named on the
 // command line.
 
+#include "expfunctions.h"
 #include "globaloptions.h"
 #include "mainframe.h"
 #include "textcodec.h"
@@ -53,6 +54,9 @@ int main(int argc, char **argv)
         QApplication::setFont(font);
     }
     globalOptions.selectLanguage();
+    // The expression library's titles and help follow the language just chosen; the table is
+    // read-only from here on.
+    FillExpFunctionTable();
 
     CMainFrame frame;
     // One process works for the user: a second start hands its files over and leaves.

@@ -6,6 +6,7 @@
 #include "anaformchngrpvec.h"
 #include "anaformcoordinatexy.h"
 #include "anaformhmchart.h"
+#include "anaformtoolexpression.h"
 #include "cmtdchildcontainer.h"
 
 namespace {
@@ -13,6 +14,8 @@ namespace {
 CAnaFormPanel *makeAnaForm(int number, CCmtdChildFrame *frame, CCmtdChildContainerAna *page)
 {
     switch (number) {
+    case 3:
+        return new CAnaFormToolExpression(number, frame, page);
     case 4:
         return new CAnaFormChnSngHmChart(number, frame, page);
     case 7:

@@ -127,6 +127,10 @@ public:
     // (none: empty), the new channels under the last of their inputs, and the job that fills
     // them when the worker is free. False when nothing was started.
     bool startPlantCurve(int kind, const CmtdInfTrwk_Unit *unit);
+    // Virtual channels that the interface thread put into the recording whole (a script's
+    // results): shown after the last analog row, and the scale groups, summaries and name
+    // column taken anew. A channel that has its row already keeps it.
+    void showAddedChannels(const std::vector<CChnMapAnalog *> &channels);
     // Switches to the wave page and shows analysis form `number`.
     void showAnaForm(int number);
     // Enters or leaves a zoom mode of the mouse (0, 4096 free horizontal, 8192 vertical).
@@ -230,6 +234,7 @@ private:
     void slot_UntAnaPwrPqs();
     void slot_UntAnaPwrUf();
     void slot_UntAnaPwrAng();
+    void slot_ToolExp();
 
     QAction *m_actions[ActionCount] = {};
     QComboBox *unitSelector = nullptr;

@@ -181,6 +181,7 @@ void CCmtdChildFrame::createActions()
         {ActPwrPqs, &CCmtdChildFrame::slot_UntAnaPwrPqs},
         {ActPwrUf, &CCmtdChildFrame::slot_UntAnaPwrUf},
         {ActPwrAng, &CCmtdChildFrame::slot_UntAnaPwrAng},
+        {ActToolExp, &CCmtdChildFrame::slot_ToolExp},
     };
     for (const auto &w : working) {
         m_actions[w.id]->setProperty("works", true);
@@ -619,6 +620,11 @@ void CCmtdChildFrame::slot_WaveShowAnaRX()
 void CCmtdChildFrame::slot_WaveShowAnaHm()
 {
     showAnaForm(9);
+}
+
+void CCmtdChildFrame::slot_ToolExp()
+{
+    showAnaForm(3);
 }
 
 void CCmtdChildFrame::hideUnrelated(const std::vector<CChnMapBase *> &related)

@@ -71,3 +71,32 @@ bool CCmtdChildFrame::deleteVirtualChannel(CChnMapAnalog *channel)
     statusBar()->showMessage(tr("%1 deleted").arg(name), 10000);
     return true;
 }
+
+void CCmtdChildFrame::showAddedChannels(const std::vector<CChnMapAnalog *> &channels)
+{
+    if (channels.empty())
+        return;
+    // New analog rows go after the last analog row, above the status channels.
+    const auto &rows = m_waveView->rows;
+    int after = -1;
+    for (int i = 0; i < int(rows.size()); ++i) {
+        for (const CChnMapBase *map : rows[size_t(i)].channels) {
+            if (map->chnType == CChnMapBase::TypeAnalog)
+                after = i;
+        }
+    }
+    if (after < 0)
+        after = int(rows.size()) - 1;
+    for (CChnMapAnalog *channel : channels) {
+        channel->flags = (channel->flags | CChnMapBase::FlagVertExtend) & ~uint32_t(CChnMapBase::FlagRelated);
+        const size_t before = rows.size();
+        m_waveView->addChannelToView(channel, after, true);
+        if (rows.size() > before)
+            ++after;
+    }
+    m_file.BuildScaleGroups();
+    m_document.rebuildEnvelopes();
+    m_nameView->rebuildValues();
+    m_nameView->update();
+    Q_EMIT m_document.displayChanged();
+}
