@@ -63,13 +63,10 @@ private Q_SLOTS:
         QCOMPARE(back.analogMaps[3]->Value(285), 0.0f); // behind the other's end
     }
 
-    // The picture of the user guide: run by tools/screenshots.sh under xvfb-run with
-    // VELDRIX_SCREENSHOTS naming the folder; skipped otherwise.
+    // The picture of the user guide.
     void screenshotsForTheGuide()
     {
-        const QString folder = qEnvironmentVariable("VELDRIX_SCREENSHOTS");
-        if (folder.isEmpty())
-            QSKIP("VELDRIX_SCREENSHOTS is not set");
+        GUIDE_PICTURES_OR_SKIP(folder);
         CCmtdChildFrame *base = open(QStringLiteral(VELDRIX_DEMO_DIR "/demo_line_fault.cfg"));
         QVERIFY(base);
         // A second recorder's view of the fault: the demo's currents from 60 ms before it.

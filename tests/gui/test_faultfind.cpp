@@ -82,9 +82,7 @@ private Q_SLOTS:
     // The pictures of the user guide (tools/screenshots.sh); skipped without VELDRIX_SCREENSHOTS.
     void screenshotsForTheGuide()
     {
-        const QString folder = qEnvironmentVariable("VELDRIX_SCREENSHOTS");
-        if (folder.isEmpty())
-            QSKIP("VELDRIX_SCREENSHOTS is not set");
+        GUIDE_PICTURES_OR_SKIP(folder);
         CCmtdChildFrame *endM = nullptr;
         CCmtdChildFrame *endN = nullptr;
         QVERIFY(openEnds(endM, endN));

@@ -303,13 +303,10 @@ private Q_SLOTS:
         QCOMPARE(frame->anaContainer()->currentFormNumber(), -1);
     }
 
-    // The pictures of the user guide: run by tools/screenshots.sh under xvfb-run with
-    // VELDRIX_SCREENSHOTS naming the folder; skipped otherwise.
+    // The pictures of the user guide.
     void screenshotsForTheGuide()
     {
-        const QString folder = qEnvironmentVariable("VELDRIX_SCREENSHOTS");
-        if (folder.isEmpty())
-            QSKIP("VELDRIX_SCREENSHOTS is not set");
+        GUIDE_PICTURES_OR_SKIP(folder);
         CCmtdChildFrame *frame = open(QStringLiteral(VELDRIX_DEMO_DIR "/demo_line_fault.cfg"));
         QVERIFY(frame);
         frame->showMaximized();

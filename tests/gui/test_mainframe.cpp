@@ -62,9 +62,7 @@ private Q_SLOTS:
     // The picture of the user guide (tools/screenshots.sh); skipped without VELDRIX_SCREENSHOTS.
     void screenshotsForTheGuide()
     {
-        const QString folder = qEnvironmentVariable("VELDRIX_SCREENSHOTS");
-        if (folder.isEmpty())
-            QSKIP("VELDRIX_SCREENSHOTS is not set");
+        GUIDE_PICTURES_OR_SKIP(folder);
         PathMapEntries() = {
             {"/DATA/RECORDERS/SUBSTATION NORTH", "/data/settings/north.tcfg", "/data/settings/north.tcgp"},
             {"/DATA/RECORDERS", "/data/settings/common.tcfg", ""}};

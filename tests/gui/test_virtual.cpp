@@ -36,9 +36,7 @@ private Q_SLOTS:
     // The pictures of the user guide (tools/screenshots.sh); skipped without VELDRIX_SCREENSHOTS.
     void screenshotsForTheGuide()
     {
-        const QString folder = qEnvironmentVariable("VELDRIX_SCREENSHOTS");
-        if (folder.isEmpty())
-            QSKIP("VELDRIX_SCREENSHOTS is not set");
+        GUIDE_PICTURES_OR_SKIP(folder);
         CCmtdChildFrame *frame = open(QStringLiteral(VELDRIX_DEMO_DIR "/demo_line_fault.cfg"));
         QVERIFY(frame);
         frame->showMaximized();
