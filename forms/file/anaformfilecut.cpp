@@ -94,7 +94,10 @@ CAnaFormFileCut::CAnaFormFileCut(int number, CCmtdChildFrame *frame, CCmtdChildC
     name->addWidget(m_editName, 1);
     name->addWidget(m_btnBrowse);
     fields->addRow(m_labelName, name);
-    fields->addRow(m_btnAction);
+    auto *action = new QHBoxLayout;
+    action->addStretch(1);
+    action->addWidget(m_btnAction);
+    fields->addRow(action);
     row->addLayout(fields, 2);
 
     buildChannelTree();
@@ -210,7 +213,8 @@ void CAnaFormFileCut::refresh()
     const int first = std::clamp(std::min(cursorT1(), cursorT2()), 0, file.loadedPoints - 1);
     const int last = std::clamp(std::max(cursorT1(), cursorT2()), 0, file.loadedPoints - 1);
     auto at = [&file](int n) {
-        return QStringLiteral("%1 (%2)").arg(n + 1).arg(QString::fromLatin1(TimeText(file.sampleTimes[n])));
+        // Numbered as the cursor read-outs of the wave number them.
+        return tr("Point %1 (%2)").arg(n).arg(QString::fromLatin1(TimeText(file.sampleTimes[n])));
     };
     m_labelRange->setText(tr("From %1 to %2: %3 Points").arg(at(first), at(last)).arg(last - first + 1));
 }

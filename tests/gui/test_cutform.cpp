@@ -66,10 +66,12 @@ private Q_SLOTS:
         QVERIFY(form);
         QVERIFY(form->dockWidget()->isVisible());
         QVERIFY(frame->action(CCmtdChildFrame::ActFileCut)->isEnabled());
-        // The range read-out follows the cursors: samples are counted from 1 in the file.
-        QVERIFY2(form->rangeLabel()->text().contains(QStringLiteral("101")),
-                 qPrintable(form->rangeLabel()->text()));
-        QVERIFY(form->rangeLabel()->text().endsWith(QStringLiteral("4 Points")));
+        // The range read-out follows the cursors, numbered as the wave's read-outs.
+        const QString range = form->rangeLabel()->text();
+        QVERIFY2(range.startsWith(QStringLiteral("From Point 100 (")) &&
+                     range.contains(QStringLiteral(") to Point 103 (")) &&
+                     range.endsWith(QStringLiteral(": 4 Points")),
+                 qPrintable(range));
         form->nameEdit()->setText(m_dir.filePath(QStringLiteral("refused.cfg")));
 
         form->slot_btnNone();
@@ -81,6 +83,7 @@ private Q_SLOTS:
         QCOMPARE(cutSaying(form),
                  QStringLiteral("The Points is too Few in Cutted File! Request NOT Less Than 5 Points!"));
         frame->waveView()->setCursorT2(104);
+        QVERIFY(form->rangeLabel()->text().endsWith(QStringLiteral(": 5 Points")));
         form->rateCombo()->setCurrentIndex(1);
         QCOMPARE(form->rateCombo()->currentText(), QStringLiteral("500 Hz"));
         QCOMPARE(cutSaying(form),
