@@ -46,6 +46,10 @@ void CMdiMainFrame::addChild(CMdiChildFrame *child)
         if (activeChild == changed)
             updateMenus();
     });
+    // Queued: the asking form finishes its own step before a new window takes the focus.
+    connect(
+        child, &CMdiChildFrame::openRequested, this, [this](const QString &path) { openFile(path); },
+        Qt::QueuedConnection);
     QMdiSubWindow *window = mdiArea->addSubWindow(child);
     window->setWindowIcon(child->windowIcon());
 }

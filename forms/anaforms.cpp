@@ -5,6 +5,7 @@
 #include "anaformchngrpstaevn.h"
 #include "anaformchngrpvec.h"
 #include "anaformcoordinatexy.h"
+#include "anaformfilecut.h"
 #include "anaformhmchart.h"
 #include "anaformtoolexpression.h"
 #include "cmtdchildcontainer.h"
@@ -14,6 +15,8 @@ namespace {
 CAnaFormPanel *makeAnaForm(int number, CCmtdChildFrame *frame, CCmtdChildContainerAna *page)
 {
     switch (number) {
+    case 1:
+        return new CAnaFormFileCut(number, frame, page);
     case 3:
         return new CAnaFormToolExpression(number, frame, page);
     case 4:

@@ -188,6 +188,7 @@ private:
     void slot_FileInfImp();
     void slot_FileGroupsSave();
     void slot_FileGroupsOpen();
+    void slot_FileCut();
     void slot_WaveShowValPri();
     void slot_WaveShowValRms();
     void slot_WaveShowValHm1();

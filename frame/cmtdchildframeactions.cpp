@@ -138,6 +138,7 @@ void CCmtdChildFrame::createActions()
         {ActFileInfImp, &CCmtdChildFrame::slot_FileInfImp},
         {ActFileGroupsSave, &CCmtdChildFrame::slot_FileGroupsSave},
         {ActFileGroupsOpen, &CCmtdChildFrame::slot_FileGroupsOpen},
+        {ActFileCut, &CCmtdChildFrame::slot_FileCut},
         {ActValPri, &CCmtdChildFrame::slot_WaveShowValPri},
         {ActValRms, &CCmtdChildFrame::slot_WaveShowValRms},
         {ActValHm1, &CCmtdChildFrame::slot_WaveShowValHm1},
@@ -590,6 +591,11 @@ void CCmtdChildFrame::showAnaForm(int number)
 {
     slot_PaneTabViewSwitch(0);
     m_anaContainer->showForm(number);
+}
+
+void CCmtdChildFrame::slot_FileCut()
+{
+    showAnaForm(1);
 }
 
 void CCmtdChildFrame::slot_WaveShowAnaVec()

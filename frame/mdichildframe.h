@@ -36,6 +36,8 @@ public:
     // The canonical path of the document, used to find an already open one.
     const QString &fileName() const { return m_fileName; }
     bool isModified() const { return m_modified; }
+    // Asks the main frame to open another document (a recording this one has written).
+    void requestOpen(const QString &path) { Q_EMIT openRequested(path); }
 
 Q_SIGNALS:
     // The window accepted its close; it is deleted right after.
@@ -43,6 +45,8 @@ Q_SIGNALS:
     // The document's menus changed (for example the units present): the menu bar is rebuilt
     // if this document is the active one.
     void menusChanged(CMdiChildFrame *child);
+    // A document to open beside this one.
+    void openRequested(const QString &path);
 
 protected:
     void closeEvent(QCloseEvent *event) override;
