@@ -11,9 +11,9 @@
 
 // The folder of the user guide's pictures in `folder`: a test function that makes them skips
 // itself unless VELDRIX_SCREENSHOTS names one (tools/screenshots.sh sets it under xvfb-run).
-#define GUIDE_PICTURES_OR_SKIP(folder)                                                                     \
-    const QString folder = qEnvironmentVariable("VELDRIX_SCREENSHOTS");                                    \
-    if (folder.isEmpty())                                                                                  \
+#define GUIDE_PICTURES_OR_SKIP(folder)                                                                       \
+    const QString folder = qEnvironmentVariable("VELDRIX_SCREENSHOTS");                                      \
+    if (folder.isEmpty())                                                                                    \
     QSKIP("VELDRIX_SCREENSHOTS is not set")
 
 class FrameTestCase : public QObject
