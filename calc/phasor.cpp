@@ -283,6 +283,11 @@ int DftWindowStart(int index, int n, const RateSegment &segment, int total)
     return static_cast<int>(std::clamp<int64_t>(start, INT_MIN, INT_MAX));
 }
 
+bool HoldsNoGap(const CChnMapAnalog &chn)
+{
+    return !chn.Values() || !touchesGap(chn.Values(), chn.sampleCount);
+}
+
 bool SegmentUsable(const RateSegment &segment)
 {
     return segment.rate >= 500.0f && int64_t(segment.end) - segment.first + 1 > roundedCycle50(segment.rate);
@@ -368,7 +373,7 @@ namespace {
 // `index` when a transform is due; otherwise the code of the value that stands in `out` (the
 // mean of a slow rate, or none).
 int baseWindow(const CCmtd99File &file, const RateSegment &segment, const CChnMapAnalog *chn, int &index,
-               int &n, int &step, ComplexD &out)
+               int &n, int &step, ComplexD &out, bool gapFree = false)
 {
     out = ComplexD();
     n = PointsPerCycle(segment.rate, RatedFreq(*chn));
@@ -389,7 +394,7 @@ int baseWindow(const CCmtd99File &file, const RateSegment &segment, const CChnMa
     index = static_cast<int>(stop - n);
     if (index < segment.first)
         index = segment.first;
-    if (index < 0 || index + n > chn->sampleCount || touchesGap(chn->Values() + index, n))
+    if (index < 0 || index + n > chn->sampleCount || (!gapFree && touchesGap(chn->Values() + index, n)))
         return NoValue;
     return -1;
 }
@@ -424,7 +429,7 @@ int BasePhasorAt(const CCmtd99File &file, const RateSegment *given, const CChnMa
 }
 
 void BasePhasorsAt(const CCmtd99File &file, const RateSegment *given, const CChnMapAnalog *const *chns,
-                   int count, int index, ComplexD *out, int *codes)
+                   int count, int index, ComplexD *out, int *codes, const bool *gapFree)
 {
     RateSegment found;
     const RateSegment *known = segmentOf(file, given, index, found);
@@ -442,7 +447,7 @@ void BasePhasorsAt(const CCmtd99File &file, const RateSegment *given, const CChn
         int at = index;
         int n = 0;
         int step = 1;
-        codes[c] = baseWindow(file, *known, chns[c], at, n, step, out[c]);
+        codes[c] = baseWindow(file, *known, chns[c], at, n, step, out[c], gapFree && gapFree[c]);
         if (codes[c] >= 0)
             continue;
         if (pending == kDftBatch) {

@@ -77,9 +77,13 @@ int BasePhasorAt(const CCmtd99File &file, const RateSegment *segment, const CChn
                  ComplexD &out);
 // BasePhasorAt for `count` channels at one cursor window: out[c] and codes[c] are exactly what
 // BasePhasorAt gives channel c (a null channel has no value). Channels that share a window are
-// transformed side by side in one pass.
+// transformed side by side in one pass. `gapFree` (optional, per channel) marks channels known
+// to hold no missing sample, whose windows need no scan for one: a job over every sample finds
+// that out once (HoldsNoGap) instead of once per window.
 void BasePhasorsAt(const CCmtd99File &file, const RateSegment *segment, const CChnMapAnalog *const *chns,
-                   int count, int index, ComplexD *out, int *codes);
+                   int count, int index, ComplexD *out, int *codes, const bool *gapFree = nullptr);
+// No sample of the channel is missing (not a number).
+bool HoldsNoGap(const CChnMapAnalog &chn);
 // The true (all-harmonics) effective value of one cycle; 2, or 0 for no value.
 int RealEffectiveAt(const CCmtd99File &file, const RateSegment *segment, const CChnMapAnalog *chn, int index,
                     double &out);

@@ -63,14 +63,15 @@ uint32_t neededSlots(const RxObject &o)
     return slots;
 }
 
-void fetchPhasors(const RxObject &o, uint32_t slots, int sample, const RateSegment &segment, RxPhasors &out)
+void fetchPhasors(const RxObject &o, uint32_t slots, int sample, const RateSegment &segment, RxPhasors &out,
+                  const bool *gapFree)
 {
     const CChnMapAnalog *chns[RxPhasors::Slots];
     int codes[RxPhasors::Slots];
     for (int s = 0; s < RxPhasors::Slots; ++s)
         chns[s] = (slots & (1u << s)) ? slotChannel(o, s) : nullptr;
     // The voltages and currents of a sample share their window: one pass for all of them.
-    BasePhasorsAt(*o.pRecording, &segment, chns, RxPhasors::Slots, sample, out.value, codes);
+    BasePhasorsAt(*o.pRecording, &segment, chns, RxPhasors::Slots, sample, out.value, codes, gapFree);
     for (int s = 0; s < RxPhasors::Slots; ++s)
         out.ok[s] = codes[s] == PhasorValue;
 }
@@ -145,13 +146,21 @@ float sampleOf(const CChnMapAnalog *chn, int sample)
 class RowEvaluator
 {
 public:
-    explicit RowEvaluator(const RxObject &o) : m_o(o), m_slots(neededSlots(o)) {}
+    // `manySamples`: the evaluator walks a range, so the channels are looked over for missing
+    // samples once here rather than in every window.
+    RowEvaluator(const RxObject &o, bool manySamples) : m_o(o), m_slots(neededSlots(o))
+    {
+        for (int s = 0; s < RxPhasors::Slots && manySamples; ++s) {
+            const CChnMapAnalog *chn = slotChannel(o, s);
+            m_gapFree[s] = (m_slots & (1u << s)) && chn && HoldsNoGap(*chn);
+        }
+    }
 
     void at(int sample, const RateSegment &segment)
     {
         m_sample = sample;
         if (m_o.nKind != RxObject::KindRxChn)
-            fetchPhasors(m_o, m_slots, sample, segment, m_phasors);
+            fetchPhasors(m_o, m_slots, sample, segment, m_phasors, m_gapFree);
     }
 
     bool row(int row, ComplexD &z) const
@@ -176,6 +185,7 @@ private:
     uint32_t m_slots;
     int m_sample = 0;
     RxPhasors m_phasors;
+    bool m_gapFree[RxPhasors::Slots] = {};
 };
 
 QString tr(const char *context, const char *text)
@@ -394,7 +404,7 @@ bool RxComputeRow(const RxObject &o, int row, int sample, const RateSegment *seg
             return false;
         segment = &found;
     }
-    RowEvaluator rows(o);
+    RowEvaluator rows(o, false);
     rows.at(sample, *segment);
     return rows.row(row, z);
 }
@@ -416,7 +426,7 @@ bool RxComputeTraces(RxObject &o, int lo, int hi, ProgressFn report, void *owner
     size_t count = 0;
     if (o.pRecording && length > 0) {
         const CCmtd99File &file = *o.pRecording;
-        RowEvaluator rows(o);
+        RowEvaluator rows(o, true);
         int i = lo;
         while (i <= hi && !progress.stopped()) {
             RateSegment segment;
