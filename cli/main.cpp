@@ -9,6 +9,7 @@
 #include "eventsverb.h"
 #include "harmonicsverb.h"
 #include "impedanceverb.h"
+#include "differentialverb.h"
 #include "infoverb.h"
 #include "locateverb.h"
 #include "phasorsverb.h"
@@ -68,6 +69,10 @@ void printUsage(FILE *out)
         "  impedance --json PATH --kind 0|1|2|3 --u A1,A2,A3 --i A4,A5,A6 [--i2 ...] [--i3 ...]\n"
         "            [--coef 1,1,1] [--line R1,X1,R0,X0] [--r An --x An] (--at SAMPLE | --from N --to M)\n"
         "      apparent impedance of the phase loops at a sample, or its traces over a range\n"
+        "  differential --json PATH --unit NAME [--mode 1..4] [--bounds FILE.tdb]\n"
+        "               (--at SAMPLE | --from N --to M)\n"
+        "      differential and braking currents of a transformer or generator per phase, with the\n"
+        "      harmonic ratios and whether the point trips the characteristic, or their traces\n"
         "  zones --json FILE.tzb [--inside R,X]\n"
         "      an impedance boundary file as read, and which of its zones hold a point\n"
         "  power --json PATH --u A1,A2,A3 --i A4,A5,A6 [--primary] [--from N --to M]\n"
@@ -118,6 +123,8 @@ int main(int argc, char **argv)
         return RunEvents(argc - 2, argv + 2);
     if (std::strcmp(verb, "impedance") == 0)
         return RunImpedance(argc - 2, argv + 2);
+    if (std::strcmp(verb, "differential") == 0)
+        return RunDifferential(argc - 2, argv + 2);
     if (std::strcmp(verb, "zones") == 0)
         return RunZones(argc - 2, argv + 2);
     if (std::strcmp(verb, "power") == 0)
