@@ -5,6 +5,7 @@
 #include "cfgfixture.h"
 #include "genboundfile.h"
 #include "genseries.h"
+#include "memoryrecording.h"
 
 #include <gtest/gtest.h>
 
@@ -423,4 +424,42 @@ TEST_F(GenBoundFile, RoundTripsAndHandWritten)
     EXPECT_EQ(message, "Open [" + missing + "] Error When Loading it!");
     EXPECT_FALSE(saveStepBounds(s, missing, message));
     EXPECT_EQ(message, "Create [" + missing + "] Error When Save File!");
+}
+
+using GenTerminalSeriesTest = PhasorSwitchesRestored;
+
+TEST_F(GenTerminalSeriesTest, ImpedanceAndPowerOfABalancedLoad)
+{
+    // 100 V peak phase voltages, 10 A currents lagging by 30 degrees: Zab = 10 ohm at 30.
+    MemoryRecording rec({{1000.0f, 200}});
+    GenTerminal t;
+    const double phase[3] = {0.0, -120.0, 120.0};
+    for (int k = 0; k < 3; ++k) {
+        t.chnU[k] = &rec.add(Sine(200, 1000.0, 100.0, phase[k]));
+        t.chnI[k] = &rec.add(Sine(200, 1000.0, 10.0, phase[k] - 30.0), "A");
+    }
+    std::vector<float> r(200, -1.0f), x(200, -1.0f), p(200), q(200);
+    GenSeriesOut out{r.data(), x.data(), p.data(), q.data(), 200};
+    ASSERT_TRUE(GenTerminalSeries(rec.file, t, out, nullptr, nullptr));
+    for (int i : {0, 57, 179}) {
+        EXPECT_NEAR(r[size_t(i)], 10.0 * std::cos(M_PI / 6.0), 1e-3) << i;
+        EXPECT_NEAR(x[size_t(i)], 5.0, 1e-3) << i;
+        EXPECT_NEAR(q[size_t(i)] / p[size_t(i)], std::tan(M_PI / 6.0), 1e-4) << i;
+    }
+    // Behind the last whole cycle the values hold.
+    EXPECT_EQ(r[199], r[180]);
+
+    // Zca takes C - A: the same impedance for a balanced load; a missing phase gives none.
+    t.nZKind = GenZca;
+    std::fill(r.begin(), r.end(), -1.0f);
+    GenTerminalSeries(rec.file, t, out, nullptr, nullptr);
+    EXPECT_NEAR(x[50], 5.0, 1e-3);
+    t.chnI[2] = nullptr;
+    std::fill(r.begin(), r.end(), -1.0f);
+    GenTerminalSeries(rec.file, t, out, nullptr, nullptr);
+    EXPECT_EQ(r[50], -1.0f);
+
+    // A stop asked for at the first check ends the job.
+    const ProgressFn stop = [](void *, int code, int, int) { return code == 8 ? 1 : code == 0 ? -1 : 0; };
+    EXPECT_FALSE(GenTerminalSeries(rec.file, t, out, stop, nullptr));
 }
