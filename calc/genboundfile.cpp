@@ -45,16 +45,61 @@ struct KeyTarget
     float *value;
 };
 
+bool isBlank(char c)
+{
+    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+}
+
+// "Bounds=" with nothing behind it: the line of a set with every characteristic switched off.
+bool isEmptyBoundsLine(const char *line)
+{
+    while (isBlank(*line))
+        ++line;
+    if (qstrnicmp(line, "Bounds", 6) != 0)
+        return false;
+    line += 6;
+    while (isBlank(*line))
+        ++line;
+    if (*line++ != '=')
+        return false;
+    while (isBlank(*line))
+        ++line;
+    return *line == 0;
+}
+
+// The next section head or key line. The shared key reader passes over keys without a value,
+// which would leave the characteristics of a set saved with all of them off as they were; that
+// one line is taken here.
+int nextKeyLine(CDiskFile &file, char *buffer, int size, char *&key, char *&value)
+{
+    static char boundsKey[] = "Bounds";
+    static char empty[] = "";
+    for (;;) {
+        std::memset(buffer, 0, size_t(size));
+        if (file.Gets(buffer, size) == 0)
+            return KeyLineEnd;
+        if (char *comment = std::strstr(buffer, "//"))
+            *comment = 0;
+        if (isEmptyBoundsLine(buffer)) {
+            key = boundsKey;
+            value = empty;
+            return KeyLineKey;
+        }
+        const int kind = ParseKeyLine(buffer, key, value);
+        if (kind != 0)
+            return kind;
+    }
+}
+
 // Walks the file and hands each key of section "common" to `take`.
 template <typename Take> void readCommon(CDiskFile &file, Take take)
 {
     char buffer[kLineSize];
-    int counter = 0;
     char *key = nullptr;
     char *value = nullptr;
     bool common = false;
     for (;;) {
-        const int kind = ReadKeyLine(file, counter, buffer, sizeof buffer, key, value);
+        const int kind = nextKeyLine(file, buffer, sizeof buffer, key, value);
         if (kind == KeyLineEnd)
             return;
         if (kind == KeyLineSection) {

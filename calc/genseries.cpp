@@ -106,6 +106,15 @@ private:
 
 } // namespace
 
+GenSeriesNames GenSeriesNamesOf(const QString &unitName, int32_t nZKind)
+{
+    const char *pair = nZKind == GenZca ? "Zca" : nZKind == GenZbc ? "Zbc" : "Zab";
+    const QString impedance = unitName + QStringLiteral(" Terminal Impedance ") + QLatin1String(pair);
+    return GenSeriesNames{QString::asprintf("%s R-Part", impedance.toUtf8().constData()),
+                          QString::asprintf("%s X-Part", impedance.toUtf8().constData()),
+                          QString::asprintf("%s Terminal Power", unitName.toUtf8().constData())};
+}
+
 float GenTerminalFreq(const GenTerminal &t)
 {
     for (const CChnMapAnalog *u : t.chnU) {

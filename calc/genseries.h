@@ -8,6 +8,8 @@
 #include "cmtd99file.h"
 #include "genstep.h"
 
+#include <QString>
+
 #include <cstdint>
 
 class CChnMapAnalog;
@@ -37,6 +39,16 @@ struct GenSeriesOut
     float *q = nullptr; // sum of the phases' Im(U)·Re(I) - Re(U)·Im(I), scaled alike
     int32_t count = 0;
 };
+
+// Names of the derived channels of a unit: "<unit> Terminal Impedance Zab" with " R-Part" and
+// " X-Part" (unit "omh"), and "<unit> Terminal Power" (W, or MW for primary values).
+struct GenSeriesNames
+{
+    QString r;
+    QString x;
+    QString p;
+};
+GenSeriesNames GenSeriesNamesOf(const QString &unitName, int32_t nZKind);
 
 // The rated frequency of the first present voltage channel (50 below 1 Hz).
 float GenTerminalFreq(const GenTerminal &t);

@@ -393,6 +393,12 @@ TEST_F(GenBoundFile, RoundTripsAndHandWritten)
     EXPECT_EQ(hand.fXN, 1.0f);
     EXPECT_EQ(hand.nBounds, uint32_t(ExciBounds::CirAsyn));
 
+    // Every characteristic off: an empty "Bounds=" clears them on reading too.
+    e.nBounds = 0;
+    ASSERT_TRUE(saveExciBounds(e, path, message));
+    ASSERT_TRUE(loadExciBounds(hand, path, message));
+    EXPECT_EQ(hand.nBounds, 0u);
+
     StepBounds s;
     s.fXt = 0.125f;
     s.fAlfa = 180.0f;
@@ -458,6 +464,11 @@ TEST_F(GenTerminalSeriesTest, ImpedanceAndPowerOfABalancedLoad)
     std::fill(r.begin(), r.end(), -1.0f);
     GenTerminalSeries(rec.file, t, out, nullptr, nullptr);
     EXPECT_EQ(r[50], -1.0f);
+
+    const GenSeriesNames names = GenSeriesNamesOf("G1", GenZbc);
+    EXPECT_EQ(names.r, "G1 Terminal Impedance Zbc R-Part");
+    EXPECT_EQ(names.x, "G1 Terminal Impedance Zbc X-Part");
+    EXPECT_EQ(names.p, "G1 Terminal Power");
 
     // A stop asked for at the first check ends the job.
     const ProgressFn stop = [](void *, int code, int, int) { return code == 8 ? 1 : code == 0 ? -1 : 0; };
