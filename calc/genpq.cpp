@@ -190,6 +190,30 @@ void PQGRecalc(PQGBounds &b, const GenMachine &m)
     widen(b, b.rated);
 }
 
+std::vector<PQPoint> PQGLimitPath(const PQGBounds &b)
+{
+    std::vector<PQPoint> path(b.underExcited);
+    const PQPoint corner{b.fPc, b.fQc};
+    path.push_back(corner);
+    if (!b.rotorLimit.empty()) {
+        // Along the arc only where the field limit ends on it; one ending on the output line
+        // joins the corner straight.
+        const PQPoint &cross = b.rotorLimit.front();
+        const double smax = b.fSmax;
+        if (std::fabs(std::hypot(cross.p, cross.q) - smax) < 1e-3 * std::max(1.0, smax)) {
+            const double from = std::atan2(corner.p, corner.q);
+            const double to = std::atan2(cross.p, cross.q);
+            const int steps = int(std::fabs(to - from) / 0.017453292519943295);
+            for (int k = 1; k <= steps && k < 360; ++k) {
+                const double a = from + (to - from) * k / (steps + 1);
+                path.push_back(PQPoint{smax * std::sin(a), smax * std::cos(a)});
+            }
+        }
+        path.insert(path.end(), b.rotorLimit.begin(), b.rotorLimit.end());
+    }
+    return path;
+}
+
 bool PQGStoreBounds(const QString edits[kPQGEdits], PQGBounds &b, QString &error)
 {
     float *const fields[kPQGEdits] = {&b.fIk, &b.fPk, &b.fEk, &b.fUk, &b.fGk};

@@ -43,6 +43,11 @@ struct PQGBounds
 // where the field limit is the circle of radius E·U/Xd about (0, -U²/Xd).
 void PQGRecalc(PQGBounds &b, const GenMachine &m);
 
+// The whole limit as one path: the under-excited limit from P = 0 upward, the output line to the
+// corner, the stator arc in steps of a degree to where the field limit leaves it, and the field
+// limit back to the Q axis. Uses the derived polylines.
+std::vector<PQPoint> PQGLimitPath(const PQGBounds &b);
+
 // The rotor (field) limit of a machine, P and Q at load angle d in radians.
 PQPoint PQGRotorPoint(double e, double u, double xd, double xq, double d);
 

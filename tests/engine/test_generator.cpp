@@ -285,6 +285,21 @@ TEST(GenCapability, CornersRotorAndStabilityLimits)
     PQGRecalc(lowE, m);
     EXPECT_LT(lowE.rotorLimit.front().p, 2.0);
 
+    // The path: under-excited limit, corner, arc at Smax, field limit down to the Q axis.
+    PQGBounds arc;
+    arc.fIk = 1.1f;
+    arc.fPk = 1.1f;
+    PQGRecalc(arc, m);
+    const std::vector<PQPoint> path = PQGLimitPath(arc);
+    EXPECT_EQ(path.front().p, 0.0);
+    EXPECT_EQ(path.back().q, centre + radius);
+    const size_t corner = arc.underExcited.size();
+    ASSERT_GT(path.size(), corner + arc.rotorLimit.size() + 1);
+    EXPECT_NEAR(path[corner].p, 1.1, 1e-6); // Smax = Pk: the corner on the P axis
+    EXPECT_EQ(path[corner].q, 0.0);
+    for (size_t k = corner + 1; k < path.size() - arc.rotorLimit.size(); ++k)
+        EXPECT_NEAR(std::hypot(path[k].p, path[k].q), 1.1, 1e-6);
+
     // Salient: the stability edge carries the raised power at dP/dd = 0.
     const long double xd = 1.0L, xq = 0.6L, u = 1.0L, k = u * u * (xd - xq) / (xd * xq);
     double e = 0.0, d = 0.0;
