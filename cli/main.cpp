@@ -7,6 +7,7 @@
 #include "deriveverb.h"
 #include "evalverb.h"
 #include "eventsverb.h"
+#include "generatorverb.h"
 #include "harmonicsverb.h"
 #include "impedanceverb.h"
 #include "differentialverb.h"
@@ -86,7 +87,11 @@ void printUsage(FILE *out)
         "      resampled at its align point (0 Hermite, 1 Lagrange parabola, 2 Newton, 3 line, 4 carry)\n"
         "  eval --json PATH (--script TEXT | --script-file F)\n"
         "      compile and run an expression script: its messages, its result log and the samples of\n"
-        "      each new virtual channel; a script with any message does not run (exit 1)\n");
+        "      each new virtual channel; a script with any message does not run (exit 1)\n"
+        "  generator --json PATH --unit NAME --analysis exci|step|pq [--bounds FILE]\n"
+        "            (--at SAMPLE | --from N --to M)\n"
+        "      loss of excitation, pole slip or capability of a generator unit: the table rows at a\n"
+        "      sample, or the per-unit trajectory (and the slip counts) over a range\n");
 }
 
 } // namespace
@@ -135,6 +140,8 @@ int main(int argc, char **argv)
         return RunCut(argc - 2, argv + 2);
     if (std::strcmp(verb, "eval") == 0)
         return RunEval(argc - 2, argv + 2);
+    if (std::strcmp(verb, "generator") == 0)
+        return RunGenerator(argc - 2, argv + 2);
     if (std::strcmp(verb, "--help") == 0 || std::strcmp(verb, "help") == 0) {
         printUsage(stdout);
         return 0;
