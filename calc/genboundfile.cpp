@@ -3,6 +3,7 @@
 #include "diskfile.h"
 #include "linereader.h"
 #include "safewrite.h"
+#include "settingsfile.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -17,12 +18,6 @@ constexpr int kLineSize = 4096;
 const char *const kExciContext = "CAnaFormPwrLossExciBoundDlg";
 const char *const kStepContext = "CAnaFormPwrLossStepBoundDlg";
 const char *const kPQGContext = "CAnaFormPwrPQGBoundDlg";
-
-QString withPath(const char *context, const char *text, const QString &path)
-{
-    const QString format = QCoreApplication::translate(context, text);
-    return QString::asprintf(format.toUtf8().constData(), path.toUtf8().constData());
-}
 
 // A value line "key=%.4f//comment": the comment in the local encoding like the banner.
 void printValue(CTextOutput &out, const char *key, float value, const QString &comment)
@@ -131,31 +126,6 @@ void readKeys(CDiskFile &file, const KeyTarget *targets, int count, uint32_t *bo
     });
 }
 
-bool save(const QByteArray &text, const char *context, const QString &path, QString &message)
-{
-    if (WriteFileSafely(path, text, nullptr)) {
-        message.clear();
-        return true;
-    }
-    message = withPath(
-        context, QT_TRANSLATE_NOOP("CAnaFormPwrLossExciBoundDlg", "Create [%s] Error When Save File!"), path);
-    return false;
-}
-
-template <typename Read> bool load(const char *context, const QString &path, QString &message, Read read)
-{
-    CDiskFile file;
-    if (!file.OpenRegular(QFile::encodeName(path).constData())) {
-        message = withPath(
-            context, QT_TRANSLATE_NOOP("CAnaFormPwrLossExciBoundDlg", "Open [%s] Error When Loading it!"),
-            path);
-        return false;
-    }
-    message.clear();
-    read(file);
-    return true;
-}
-
 const char *const kRule = "//+++++++++++++++++++++++++++++++++++++++++";
 const char *const kLongRule = "//+++++++++++++++++++++++++++++++++++++++++++++++";
 
@@ -228,30 +198,30 @@ void ReadPQGBounds(CDiskFile &file, PQGBounds &b)
 
 bool saveExciBounds(const ExciBounds &b, const QString &path, QString &message)
 {
-    return save(ExciBoundsFileText(b), kExciContext, path, message);
+    return SaveSettingsText(ExciBoundsFileText(b), kExciContext, path, message);
 }
 
 bool saveStepBounds(const StepBounds &b, const QString &path, QString &message)
 {
-    return save(StepBoundsFileText(b), kStepContext, path, message);
+    return SaveSettingsText(StepBoundsFileText(b), kStepContext, path, message);
 }
 
 bool savePQGBounds(const PQGBounds &b, const QString &path, QString &message)
 {
-    return save(PQGBoundsFileText(b), kPQGContext, path, message);
+    return SaveSettingsText(PQGBoundsFileText(b), kPQGContext, path, message);
 }
 
 bool loadExciBounds(ExciBounds &b, const QString &path, QString &message)
 {
-    return load(kExciContext, path, message, [&](CDiskFile &file) { ReadExciBounds(file, b); });
+    return LoadSettingsFile(kExciContext, path, message, [&](CDiskFile &file) { ReadExciBounds(file, b); });
 }
 
 bool loadStepBounds(StepBounds &b, const QString &path, QString &message)
 {
-    return load(kStepContext, path, message, [&](CDiskFile &file) { ReadStepBounds(file, b); });
+    return LoadSettingsFile(kStepContext, path, message, [&](CDiskFile &file) { ReadStepBounds(file, b); });
 }
 
 bool loadPQGBounds(PQGBounds &b, const QString &path, QString &message)
 {
-    return load(kPQGContext, path, message, [&](CDiskFile &file) { ReadPQGBounds(file, b); });
+    return LoadSettingsFile(kPQGContext, path, message, [&](CDiskFile &file) { ReadPQGBounds(file, b); });
 }

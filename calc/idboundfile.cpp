@@ -3,6 +3,7 @@
 #include "diskfile.h"
 #include "linereader.h"
 #include "safewrite.h"
+#include "settingsfile.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -14,12 +15,6 @@ namespace {
 constexpr int kLineSize = 4096;
 constexpr int kMaxTokens = 8;
 constexpr const char *kContext = "CAnaFormUnitIdBoundDlg";
-
-QString withPath(const char *text, const QString &path)
-{
-    const QString format = QCoreApplication::translate(kContext, text);
-    return QString::asprintf(format.toUtf8().constData(), path.toUtf8().constData());
-}
 
 bool is(const char *key, const char *name)
 {
@@ -91,13 +86,7 @@ QByteArray IdBoundsFileText(const IdBounds &b)
 
 bool saveIdBounds(const IdBounds &bounds, const QString &path, QString &message)
 {
-    if (WriteFileSafely(path, IdBoundsFileText(bounds), nullptr)) {
-        message.clear();
-        return true;
-    }
-    message =
-        withPath(QT_TRANSLATE_NOOP("CAnaFormUnitIdBoundDlg", "Create [%s] Error When Save File!"), path);
-    return false;
+    return SaveSettingsText(IdBoundsFileText(bounds), kContext, path, message);
 }
 
 void ReadIdBounds(CDiskFile &file, IdBounds &bounds)
@@ -121,13 +110,6 @@ void ReadIdBounds(CDiskFile &file, IdBounds &bounds)
 
 bool loadIdBounds(IdBounds &bounds, const QString &path, QString &message)
 {
-    CDiskFile file;
-    if (!file.OpenRegular(QFile::encodeName(path).constData())) {
-        message =
-            withPath(QT_TRANSLATE_NOOP("CAnaFormUnitIdBoundDlg", "Open [%s] Error When Loading it!"), path);
-        return false;
-    }
-    message.clear();
-    ReadIdBounds(file, bounds);
-    return true;
+    return LoadSettingsFile(kContext, path, message,
+                            [&bounds](CDiskFile &file) { ReadIdBounds(file, bounds); });
 }

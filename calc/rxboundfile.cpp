@@ -3,6 +3,7 @@
 #include "diskfile.h"
 #include "linereader.h"
 #include "safewrite.h"
+#include "settingsfile.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -14,12 +15,6 @@ namespace {
 
 constexpr int kLineSize = 4096;
 constexpr int kMaxTokens = 8;
-
-QString withPath(const char *text, const QString &path)
-{
-    const QString format = QCoreApplication::translate("CAnaFormChnGrpRxBoundDlg", text);
-    return QString::asprintf(format.toUtf8().constData(), path.toUtf8().constData());
-}
 
 void printColour(CTextOutput &out, uint32_t colour)
 {
@@ -191,13 +186,7 @@ QByteArray RxBoundsFileText(const RxBoundSet &s)
 
 bool saveRxBounds(const RxBoundSet &set, const QString &path, QString &message)
 {
-    if (WriteFileSafely(path, RxBoundsFileText(set), nullptr)) {
-        message.clear();
-        return true;
-    }
-    message =
-        withPath(QT_TRANSLATE_NOOP("CAnaFormChnGrpRxBoundDlg", "Create [%s] Error When Save File!"), path);
-    return false;
+    return SaveSettingsText(RxBoundsFileText(set), "CAnaFormChnGrpRxBoundDlg", path, message);
 }
 
 void ReadRxBounds(CDiskFile &file, RxBoundSet &set)
@@ -240,13 +229,6 @@ void ReadRxBounds(CDiskFile &file, RxBoundSet &set)
 
 bool loadRxBounds(RxBoundSet &set, const QString &path, QString &message)
 {
-    CDiskFile file;
-    if (!file.OpenRegular(QFile::encodeName(path).constData())) {
-        message =
-            withPath(QT_TRANSLATE_NOOP("CAnaFormChnGrpRxBoundDlg", "Open [%s] Error When Loading it!"), path);
-        return false;
-    }
-    message.clear();
-    ReadRxBounds(file, set);
-    return true;
+    return LoadSettingsFile("CAnaFormChnGrpRxBoundDlg", path, message,
+                            [&set](CDiskFile &file) { ReadRxBounds(file, set); });
 }

@@ -3,6 +3,7 @@
 #include "diskfile.h"
 #include "linereader.h"
 #include "safewrite.h"
+#include "settingsfile.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -18,11 +19,6 @@ constexpr int kMaxTokens = 16;
 QString tr(const char *text)
 {
     return QCoreApplication::translate("CAnaFormCoordinateXYBoundDlg", text);
-}
-
-QString withPath(const char *text, const QString &path)
-{
-    return QString::asprintf(tr(text).toUtf8().constData(), path.toUtf8().constData());
 }
 
 int red(uint32_t colour)
@@ -143,12 +139,7 @@ QByteArray XYBoundsFileText(const std::vector<XYBound> &list)
 
 bool SaveXYBounds(const QString &path, const std::vector<XYBound> &list, QString &message)
 {
-    if (WriteFileSafely(path, XYBoundsFileText(list), nullptr)) {
-        message.clear();
-        return true;
-    }
-    message = withPath("Create [%s] Error When Save File!", path);
-    return false;
+    return SaveSettingsText(XYBoundsFileText(list), "CAnaFormCoordinateXYBoundDlg", path, message);
 }
 
 int ReadXYBounds(CDiskFile &file, std::vector<XYBound> &list)
@@ -175,12 +166,6 @@ int ReadXYBounds(CDiskFile &file, std::vector<XYBound> &list)
 
 bool LoadXYBounds(const QString &path, std::vector<XYBound> &list, QString &message)
 {
-    CDiskFile file;
-    if (!file.OpenRegular(QFile::encodeName(path).constData())) {
-        message = withPath("Open [%s] Error When Loading it!", path);
-        return false;
-    }
-    message.clear();
-    ReadXYBounds(file, list);
-    return true;
+    return LoadSettingsFile("CAnaFormCoordinateXYBoundDlg", path, message,
+                            [&list](CDiskFile &file) { ReadXYBounds(file, list); });
 }
